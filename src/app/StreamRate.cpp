@@ -1,0 +1,5 @@
+#include "app/Globals.h"
+
+// In an object of the executable itself and constant-initialised: the control library looks it up in the
+// executable's dynamic symbol table before main runs.
+int SAMP_FREQ = 1000;
