@@ -1,0 +1,28 @@
+#include "graphs/PlotDress.h"
+
+#include <qcustomplot.h>
+
+void plot_dress::setGradient(QCustomPlot* plot, double height)
+{
+    QLinearGradient gradient(0, 0, 0, height);
+    gradient.setColorAt(0, QColor(100, 100, 100));
+    gradient.setColorAt(1, QColor(30, 30, 30));
+    plot->setBackground(QBrush(gradient));
+}
+
+void plot_dress::whiten(QCPAxis* axis)
+{
+    const QPen white(Qt::white, 1.0);
+    axis->setLabelColor(Qt::white);
+    axis->setTickLabelColor(Qt::white);
+    axis->setBasePen(white);
+    axis->setTickPen(white);
+    axis->setSubTickPen(white);
+}
+
+void plot_dress::showLegend(QCustomPlot* plot)
+{
+    plot->legend->setVisible(true);
+    plot->legend->setTextColor(Qt::white);
+    plot->legend->setBrush(QColor(10, 10, 10));
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+class QCPAxis;
+class QCustomPlot;
+
+/// The common look of the plots: dark background, white axes, dark legend.
+namespace plot_dress {
+
+/// Fills the background with a vertical gradient from light grey at the top to dark grey at the bottom.
+/// @param height of the gradient in pixels
+void setGradient(QCustomPlot* plot, double height);
+
+/// Label, tick labels and all lines of the axis in white, 1.0 wide.
+void whiten(QCPAxis* axis);
+
+/// Shows the legend with white text on a nearly black brush.
+void showLegend(QCustomPlot* plot);
+
+} // namespace plot_dress

@@ -1,0 +1,344 @@
+#include "hardware/ConfigFile.h"
+
+#include "hardware/SettingsPath.h"
+
+#include <QSettings>
+
+namespace {
+
+constexpr double missingBeamOffTh = 1e-09;
+constexpr int iirLength = 10;
+constexpr int pidValues = 10;
+
+constexpr const char* pidKeys[pidValues] = {"Freq", "Kp",   "Ki",   "Kd",    "emin",
+                                            "Imax", "Omin", "Omax", "Ogain", "Offset"};
+constexpr const char* outputKeys[4] = {"DAC_posXlf", "DAC_posXhf", "DAC_posYlf", "DAC_posYhf"};
+constexpr const char* filterNames[2][2] = {{"Xlf", "Ylf"}, {"Xhf", "Yhf"}};
+constexpr const char* iirGroups[3] = {"IIR_X", "IIR_Y", "IIR_I0"};
+
+/// The settings file, open for as long as one accessor runs.
+class File : public QSettings
+{
+public:
+    File() : QSettings(settingsPath(), QSettings::IniFormat) {}
+
+    QVariant read(const QString& group, const char* key, const QVariant& missing = QVariant())
+    {
+        return value(group + QLatin1Char('/') + QLatin1String(key), missing);
+    }
+
+    /// Writes below the group that beginGroup() opened.
+    void write(const char* key, const QVariant& newValue) { setValue(QLatin1String(key), newValue); }
+};
+
+QString bpmGroup(int bpm)
+{
+    return bpm == 0 ? QStringLiteral("BPM1") : QStringLiteral("BPM2");
+}
+
+QString regionGroup(int bpm)
+{
+    return bpm == 0 ? QStringLiteral("ROCandROI") : QStringLiteral("ROCandROI2");
+}
+
+void writeToBpm(int bpm, const char* key, const QVariant& value)
+{
+    File file;
+    file.beginGroup(bpmGroup(bpm));
+    file.write(key, value);
+}
+
+double readDoubleOfBpm(int bpm, const char* key)
+{
+    return File().read(bpmGroup(bpm), key).toDouble();
+}
+
+void writePid(const QString& group, const double (&values)[pidValues])
+{
+    File file;
+    file.beginGroup(group);
+    for (int i = 0; i < pidValues; ++i)
+        file.write(pidKeys[i], values[i]);
+}
+
+void readPid(const QString& group, double* const (&values)[pidValues])
+{
+    File file;
+    for (int i = 0; i < pidValues; ++i)
+        *values[i] = file.read(group, pidKeys[i]).toDouble();
+}
+
+QString filterKey(int band, int axis, const char* item)
+{
+    return QLatin1String(filterNames[band != 0][axis != 0]) + QLatin1String(item);
+}
+
+void writeIirArray(QSettings& file, const char* name, const double* values)
+{
+    // The read form of an array: it writes no size, and no reader needs one.
+    file.beginReadArray(QLatin1String(name));
+    for (int i = 0; i < iirLength; ++i) {
+        file.setArrayIndex(i);
+        file.setValue(QStringLiteral("val"), values[i]);
+    }
+    file.endArray();
+}
+
+void readIirArray(QSettings& file, const char* name, double* values)
+{
+    file.beginReadArray(QLatin1String(name));
+    for (int i = 0; i < iirLength; ++i) {
+        file.setArrayIndex(i);
+        values[i] = file.value(QStringLiteral("val")).toDouble();
+    }
+    file.endArray();
+}
+
+} // namespace
+
+void ConfigFile::writeOrient(bool value, int bpm)
+{
+    writeToBpm(bpm, "Orient", int(value));
+}
+
+int ConfigFile::readOrient(int bpm)
+{
+    return File().read(bpmGroup(bpm), "Orient").toInt();
+}
+
+void ConfigFile::writeScaleX(int bpm, double value)
+{
+    writeToBpm(bpm, "Scale_X", value);
+}
+
+double ConfigFile::readScaleX(int bpm)
+{
+    return readDoubleOfBpm(bpm, "Scale_X");
+}
+
+void ConfigFile::writeScaleY(int bpm, double value)
+{
+    writeToBpm(bpm, "Scale_Y", value);
+}
+
+double ConfigFile::readScaleY(int bpm)
+{
+    return readDoubleOfBpm(bpm, "Scale_Y");
+}
+
+void ConfigFile::writeOffsetX(int bpm, double value)
+{
+    writeToBpm(bpm, "Offset_X", value);
+}
+
+double ConfigFile::readOffsetX(int bpm)
+{
+    return readDoubleOfBpm(bpm, "Offset_X");
+}
+
+void ConfigFile::writeOffsetY(int bpm, double value)
+{
+    writeToBpm(bpm, "Offset_Y", value);
+}
+
+double ConfigFile::readOffsetY(int bpm)
+{
+    return readDoubleOfBpm(bpm, "Offset_Y");
+}
+
+void ConfigFile::writeChannels(int top, int right, int bottom, int left, int bpm)
+{
+    File file;
+    file.beginGroup(bpmGroup(bpm));
+    file.write("Top", top);
+    file.write("Right", right);
+    file.write("Bottom", bottom);
+    file.write("Left", left);
+}
+
+void ConfigFile::readChannels(int* top, int* right, int* bottom, int* left, int bpm)
+{
+    File file;
+    *top = file.read(bpmGroup(bpm), "Top").toInt();
+    *right = file.read(bpmGroup(bpm), "Right").toInt();
+    *bottom = file.read(bpmGroup(bpm), "Bottom").toInt();
+    *left = file.read(bpmGroup(bpm), "Left").toInt();
+}
+
+void ConfigFile::writeBeamOffTh(int bpm, double value)
+{
+    File file;
+    file.beginGroup(regionGroup(bpm));
+    file.write("BeamOffTh", value);
+}
+
+void ConfigFile::readBeamOffTh(double* value, int bpm)
+{
+    *value = File().read(regionGroup(bpm), "BeamOffTh", missingBeamOffTh).toDouble();
+}
+
+void ConfigFile::writeROI(int bpm, double RoiX, double RoiY, double RoiI0min, double RoiI0max, double Roc)
+{
+    File file;
+    file.beginGroup(regionGroup(bpm));
+    file.write("RoiX", RoiX);
+    file.write("RoiY", RoiY);
+    file.write("RoiI0min", RoiI0min);
+    file.write("RoiI0max", RoiI0max);
+    file.write("Roc", Roc);
+}
+
+void ConfigFile::readROI(double* RoiX, double* RoiY, double* RoiI0min, double* RoiI0max, double* Roc, int bpm)
+{
+    File file;
+    const QString group = regionGroup(bpm);
+    *RoiX = file.read(group, "RoiX").toDouble();
+    *RoiY = file.read(group, "RoiY").toDouble();
+    *RoiI0min = file.read(group, "RoiI0min").toDouble();
+    *RoiI0max = file.read(group, "RoiI0max").toDouble();
+    *Roc = file.read(group, "Roc").toDouble();
+}
+
+void ConfigFile::writeROCenable(bool x, bool y, bool beamOff, int bpm)
+{
+    File file;
+    file.beginGroup(regionGroup(bpm));
+    file.write("RocXenable", x);
+    file.write("RocYenable", y);
+    file.write("BeamOffEnable", beamOff);
+}
+
+void ConfigFile::readROCenable(bool* x, bool* y, bool* beamOff, int bpm)
+{
+    File file;
+    const QString group = regionGroup(bpm);
+    *x = file.read(group, "RocXenable").toBool();
+    *y = file.read(group, "RocYenable").toBool();
+    *beamOff = file.read(group, "BeamOffEnable").toBool();
+}
+
+void ConfigFile::writePIDXlf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
+                             double Omax, double Ogain, double Offset)
+{
+    writePid(QStringLiteral("PID_Xlf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+}
+
+void ConfigFile::writePIDXhf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
+                             double Omax, double Ogain, double Offset)
+{
+    writePid(QStringLiteral("PID_Xhf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+}
+
+void ConfigFile::writePIDYlf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
+                             double Omax, double Ogain, double Offset)
+{
+    writePid(QStringLiteral("PID_Ylf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+}
+
+void ConfigFile::writePIDYhf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
+                             double Omax, double Ogain, double Offset)
+{
+    writePid(QStringLiteral("PID_Yhf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+}
+
+void ConfigFile::readPIDXlf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax,
+                            double* Omin, double* Omax, double* Ogain, double* Offset)
+{
+    readPid(QStringLiteral("PID_Xlf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+}
+
+void ConfigFile::readPIDXhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax,
+                            double* Omin, double* Omax, double* Ogain, double* Offset)
+{
+    readPid(QStringLiteral("PID_Xhf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+}
+
+void ConfigFile::readPIDYlf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax,
+                            double* Omin, double* Omax, double* Ogain, double* Offset)
+{
+    readPid(QStringLiteral("PID_Ylf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+    *Omin = File().read(QStringLiteral("PID_Ylhf"), "Omin").toDouble();
+}
+
+void ConfigFile::readPIDYhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax,
+                            double* Omin, double* Omax, double* Ogain, double* Offset)
+{
+    readPid(QStringLiteral("PID_Yhf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+}
+
+void ConfigFile::writeDACpos(int Xlf, int Xhf, int Ylf, int Yhf)
+{
+    File file;
+    file.beginGroup(QStringLiteral("Beamline"));
+    const int values[4] = {Xlf, Xhf, Ylf, Yhf};
+    for (int i = 0; i < 4; ++i)
+        file.write(outputKeys[i], values[i]);
+}
+
+void ConfigFile::readDACpos(int* Xlf, int* Xhf, int* Ylf, int* Yhf)
+{
+    File file;
+    int* const values[4] = {Xlf, Xhf, Ylf, Yhf};
+    for (int i = 0; i < 4; ++i)
+        *values[i] = file.read(QStringLiteral("Beamline"), outputKeys[i], i).toInt();
+}
+
+void ConfigFile::writePositionFilter(int band, int axis, unsigned int type, double low, double high)
+{
+    File file;
+    file.beginGroup(QStringLiteral("PositionFilters"));
+    file.setValue(filterKey(band, axis, "Filter"), type);
+    file.setValue(filterKey(band, axis, "FcutLow"), low);
+    if (band != 0)
+        file.setValue(filterKey(band, axis, "FcutHigh"), high);
+}
+
+void ConfigFile::readPositionFilter(int band, int axis, int* type, double* low, double* high)
+{
+    File file;
+    const QString group = QStringLiteral("PositionFilters/");
+    *type = file.value(group + filterKey(band, axis, "Filter")).toInt();
+    *low = file.value(group + filterKey(band, axis, "FcutLow")).toDouble();
+    if (band != 0)
+        *high = file.value(group + filterKey(band, axis, "FcutHigh")).toDouble();
+}
+
+void ConfigFile::writeIIR(const double* aX, const double* bX, const double* aY, const double* bY,
+                          const double* aI0, const double* bI0)
+{
+    File file;
+    const double* const values[3][2] = {{aX, bX}, {aY, bY}, {aI0, bI0}};
+    for (int i = 0; i < 3; ++i) {
+        file.beginGroup(QLatin1String(iirGroups[i]));
+        writeIirArray(file, "a", values[i][0]);
+        writeIirArray(file, "b", values[i][1]);
+        file.endGroup();
+    }
+}
+
+void ConfigFile::readIIR(double* aX, double* bX, double* aY, double* bY, double* aI0, double* bI0)
+{
+    File file;
+    double* const values[3][2] = {{aX, bX}, {aY, bY}, {aI0, bI0}};
+    for (int i = 0; i < 3; ++i) {
+        file.beginGroup(QLatin1String(iirGroups[i]));
+        readIirArray(file, "a", values[i][0]);
+        readIirArray(file, "b", values[i][1]);
+        file.endGroup();
+    }
+}
+
+void ConfigFile::removeIIR()
+{
+    File file;
+    for (const char* group : iirGroups) {
+        file.beginGroup(QLatin1String(group));
+        file.remove(QString());
+        file.endGroup();
+    }
+}
+
+bool ConfigFile::hasIIR()
+{
+    return File().childGroups().contains(QLatin1String(iirGroups[0]));
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "hardware/PidStatus.h"
+#include "stream/DeviceRecords.h"
+#include "stream/PlotData.h"
+
+#include <QObject>
+
+/// Turns the display stream into what the screens plot: once a second it fetches one window of records, rewrites
+/// the data of every registered trace, computes one spectrum and tells the graphs to redraw. GUI thread only.
+class Updater : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// What setGraphData() registers. The numbers are fixed.
+    enum GraphKind {
+        KindXY1 = 0,
+        KindXY2 = 1,
+        KindFFT = 2,
+        KindCurrents1 = 3,
+        KindCurrents2 = 4,
+        KindPosX = 7,
+        KindPosY = 8,
+        KindInt = 9,
+        KindDAC = 10
+    };
+
+    Updater();
+    ~Updater() override;
+
+    /// Registers the data of one trace, owned by its graph. Null takes it out again.
+    /// @param channel trace of the kind, from 0; unused for kinds of one trace
+    void setGraphData(int kind, int channel, QCPDataMap* map);
+
+    /// @param slot slot of the display record that the spectrum is taken of
+    void setFFTchannel(int slot);
+
+    /// What updateIonBars() last read, one record an amplifier; all zero before.
+    AmplifierStatus ionbarStatus[2] = {};
+    /// Freezes the graphs; the amplifier status goes on.
+    bool paused = false;
+    QCPDataMap* dataXY[2] = {};
+    QCPDataMap* dataFFT = nullptr;
+    QCPDataMap* dataCurrents[2][4] = {};
+    QCPDataMap* dataDAC[4] = {};
+    QCPDataMap* dataPosX[4] = {};
+    QCPDataMap* dataPosY[4] = {};
+    QCPDataMap* dataInt[2] = {};
+    void* buffer;
+    /// Points of the transform.
+    int fftLength = 1024;
+    bool removeDC = false;
+    int fftChannel = 1;
+
+signals:
+    void replotGraphs();
+    void replotDACgraph();
+    void PIDstatusChanged(PID_Status_Type PID_status);
+
+public slots:
+    void updateGraphs();
+    void updateIonBars();
+    void ChangeFFTremoveDC(bool removeDC);
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <QVector>
+
+/// From construction to destruction answers every file dialog that opens, and keeps what it asked.
+class FileDialogs : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Dialog {
+        QString caption;
+        QStringList nameFilters;
+        QString proposedName; ///< without folder
+        QString defaultSuffix;
+    };
+
+    /// @param answer path that is chosen; empty cancels
+    explicit FileDialogs(const QString& answer);
+
+    void answerWith(const QString& path) { answer = path; }
+    const QVector<Dialog>& dialogs() const { return kept; }
+
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+private:
+    QString answer;
+    QVector<Dialog> kept;
+};
