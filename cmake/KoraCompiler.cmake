@@ -12,13 +12,13 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 add_library(kora_warnings INTERFACE)
 target_compile_options(kora_warnings INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor -Woverloaded-virtual
   -Wcast-align -Wformat=2 -Wimplicit-fallthrough -Werror)
 
 add_library(kora_qt_strict INTERFACE)
 target_compile_definitions(kora_qt_strict INTERFACE
   QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY
-  QT_NO_URL_CAST_FROM_STRING QT_NO_FOREACH
+  QT_NO_URL_CAST_FROM_STRING
   QT_DISABLE_DEPRECATED_BEFORE=0x050E00 QT_DEPRECATED_WARNINGS)
 
 if(KORA_SANITIZE)

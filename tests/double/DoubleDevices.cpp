@@ -90,8 +90,9 @@ int controlAmplifier(Double& self, int amplifier, unsigned long request, void* r
 int controlDevice(Double& self, const std::string& path, unsigned long request, void* record)
 {
     if (path == outputDevicePath && request == requestSetOutputs) {
-        std::memcpy(&self.answers.lastOutputs, record, 36);
-        const OutputRecord& outputs = self.answers.lastOutputs;
+        OutputRecord& outputs = self.answers.lastOutputs;
+        std::memcpy(outputs.volts, record, sizeof outputs.volts);
+        std::memcpy(&outputs.flag, static_cast<const char*>(record) + sizeof outputs.volts, sizeof outputs.flag);
         self.record("ioctl",
                     {outputs.volts[0], outputs.volts[1], outputs.volts[2], outputs.volts[3], double(outputs.flag)},
                     {path});
