@@ -16,6 +16,8 @@ struct Double {
     std::map<std::string, int> failures;
     std::set<std::string> absentDevices;
     std::map<int, std::string> descriptors;
+    /// Told of every call as it is made, under the lock; null for nothing.
+    std::function<void(const Call&)> onCall;
 
     static Double& instance();
 

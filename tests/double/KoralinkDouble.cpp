@@ -49,6 +49,8 @@ Double& Double::instance()
 int Double::record(const std::string& name, std::vector<double> arguments, std::vector<std::string> texts)
 {
     calls.push_back({name, std::move(arguments), std::move(texts)});
+    if (onCall)
+        onCall(calls.back());
     const auto failure = failures.find(name);
     if (failure == failures.end() || failure->second == 0)
         return 0;

@@ -1,0 +1,52 @@
+# Shared by run, test and bench/run: what a fresh Debian 12 machine lacks, and the build. Sourced, from the top folder.
+
+buildPackages=(
+  g++ cmake ninja-build pkg-config
+  qtbase5-dev qtbase5-dev-tools libqt5svg5-dev libqt5opengl5-dev
+  libqcustomplot-dev libfftw3-dev libarmadillo-dev libgl-dev
+  xvfb xauth libgl1-mesa-dri fonts-dejavu-core
+)
+runPackages=(imagemagick x11-utils)
+testPackages=(binutils bubblewrap imagemagick)
+benchPackages=(libbenchmark-dev libqwt-qt5-dev libspdlog-dev)
+
+# Runs a command as root: directly, or with sudo.
+asRoot() {
+  if [ "$(id -u)" -eq 0 ]; then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    echo "This needs root or sudo: $*" >&2
+    return 1
+  fi
+}
+
+# Installs those of the named Debian packages that are missing.
+installMissing() {
+  local missing=() package
+  for package in "$@"; do
+    if [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
+      missing+=("$package")
+    fi
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  echo "Installing ${missing[*]}"
+  asRoot env DEBIAN_FRONTEND=noninteractive apt-get update -q >/dev/null
+  asRoot env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# Configures a preset once and builds the named targets, or all.
+# usage: buildPreset PRESET [TARGET...]
+buildPreset() {
+  local preset=$1
+  shift
+  if [ ! -f "build/$preset/build.ninja" ]; then
+    cmake --preset "$preset"
+  fi
+  if [ $# -gt 0 ]; then
+    cmake --build --preset "$preset" --target "$@"
+  else
+    cmake --build --preset "$preset"
+  fi
+}
