@@ -2,6 +2,12 @@
 
 #include <qcustomplot.h>
 
+void plot_dress::drawPlain(QCustomPlot* plot)
+{
+    plot->setNoAntialiasingOnDrag(true);
+    plot->setNotAntialiasedElements(QCP::aeAll);
+}
+
 void plot_dress::setGradient(QCustomPlot* plot, double height)
 {
     QLinearGradient gradient(0, 0, 0, height);
@@ -25,4 +31,11 @@ void plot_dress::showLegend(QCustomPlot* plot)
     plot->legend->setVisible(true);
     plot->legend->setTextColor(Qt::white);
     plot->legend->setBrush(QColor(10, 10, 10));
+}
+
+void plot_dress::allowVerticalZoomAndSelection(QCustomPlot* plot)
+{
+    plot->setInteractions(QCP::iRangeDrag | QCP::iRangeZoom | QCP::iSelectPlottables | QCP::iSelectAxes |
+                          QCP::iSelectLegend);
+    plot->axisRect()->setRangeZoom(Qt::Vertical);
 }
