@@ -6,12 +6,19 @@
 namespace {
 
 /// Positions of the children of a "device"; 0 is the id.
-enum ChildPosition { GroupPosition = 1, NamePosition, ImagePosition, DescPosition };
+enum ChildPosition
+{
+    GroupPosition = 1,
+    NamePosition,
+    ImagePosition,
+    DescPosition
+};
 
 /// First element below the parent, in document order, whose whole text equals the wanted one.
 QDomElement elementWithText(const QDomElement& parent, const QString& text)
 {
-    for (QDomElement child = parent.firstChildElement(); !child.isNull(); child = child.nextSiblingElement()) {
+    for (QDomElement child = parent.firstChildElement(); !child.isNull();
+         child = child.nextSiblingElement()) {
         if (child.text() == text)
             return child;
         const QDomElement below = elementWithText(child, text);

@@ -2,13 +2,13 @@
 
 #include <QString>
 
-/// The table of products that may sit in an SFP port: the resource ":/product_data/devices.xml", a root element
-/// "devices" with one "device" per product, whose children are id, group, name, image and desc in this order. The
-/// order is part of the format, and the root is the first node of the file, with neither declaration nor comment
-/// before it.
+/// The table of products that may sit in an SFP port: the resource ":/product_data/devices.xml", a root
+/// element "devices" with one "device" per product, whose children are id, group, name, image and desc in
+/// this order. The order is part of the format, and the root is the first node of the file, with neither
+/// declaration nor comment before it.
 ///
-/// The look-ups read the table afresh at each call and take the product code as four lower-case hexadecimal digits.
-/// A code that is not in the table, and a table that does not parse, give an empty text.
+/// The look-ups read the table afresh at each call and take the product code as four lower-case hexadecimal
+/// digits. A code that is not in the table, and a table that does not parse, give an empty text.
 QString deviceGroup(const QString& code);
 QString deviceName(const QString& code);
 QString deviceDesc(const QString& code);

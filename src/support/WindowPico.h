@@ -11,8 +11,8 @@ namespace Ui {
 class WindowPico;
 }
 
-/// Input currents and ranges of the current amplifiers that are present. It follows the device mask by a timer of
-/// its own, also while it is hidden. GUI thread.
+/// Input currents and ranges of the current amplifiers that are present. It follows the device mask by a
+/// timer of its own, also while it is hidden. GUI thread.
 class WindowPico : public QDialog
 {
     Q_OBJECT

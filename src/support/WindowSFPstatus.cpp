@@ -12,7 +12,14 @@
 
 namespace {
 
-enum Row { ImageRow, NameRow, SerialNumberRow, VersionRow, HardwareVersionRow };
+enum Row
+{
+    ImageRow,
+    NameRow,
+    SerialNumberRow,
+    VersionRow,
+    HardwareVersionRow
+};
 
 /// The four character codes last to first, joined by points.
 QString moduleVersion(const char (&version)[4])

@@ -10,9 +10,9 @@ namespace Ui {
 class WindowSFPstatus;
 }
 
-/// What sits in the four SFP ports: picture, name and numbers of each module. It fills its table by a timer of its
-/// own while it is visible. GUI thread; it reads the ports without a lock while the poll writes them, so that an
-/// entry may be empty or half-new for up to one second.
+/// What sits in the four SFP ports: picture, name and numbers of each module. It fills its table by a timer
+/// of its own while it is visible. GUI thread; it reads the ports without a lock while the poll writes them,
+/// so that an entry may be empty or half-new for up to one second.
 class WindowSFPstatus : public QDialog
 {
     Q_OBJECT

@@ -12,7 +12,8 @@ about::about(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::about>(
     setWindowIcon(style()->standardIcon(QStyle::SP_MessageBoxInformation));
     ui->label_2->setTextFormat(Qt::RichText);
     ui->label_2->setText(QLatin1String("Zenthic KORA Local User Interface<br>v") + QLatin1String(guiVersion));
-    // Addresses under the reserved domain "example", which belong to nobody: the maker's own take their place.
+    // Addresses under the reserved domain "example", which belong to nobody: the maker's own take their
+    // place.
     ui->label_3->setTextFormat(Qt::RichText);
     ui->label_3->setText(QStringLiteral("Zenthic Instruments<br>"
                                         "<a href=\"https://www.zenthic.example\">www.zenthic.example</a><br>"
