@@ -1,0 +1,97 @@
+#include "simulation/Beam.h"
+
+#include "simulation/Rates.h"
+
+namespace kora::simulation {
+
+Beam::Beam(std::uint64_t seed)
+    : noise(seed)
+{
+    kickDecay = std::exp(-physicsPeriod / settings.kickTimeS);
+    applySettings();
+    // Spread phases, so that the lines do not start in step.
+    for (std::size_t i = 0; i < oscillators.size(); ++i)
+        oscillators[i].setPhase(1.3 * double(i));
+}
+
+void Beam::Walk::set(double rms, double timeS)
+{
+    // The stationary variance of value * keep + push * noise is push^2 / (1 - keep^2).
+    keep = 1 - physicsPeriod / timeS;
+    push = rms * std::sqrt(1 - keep * keep);
+}
+
+void Beam::applySettings()
+{
+    drift.setFrequency(1 / settings.driftPeriodS, physicsRate);
+    walkX.set(settings.walkMicrometres, settings.walkTimeS);
+    walkY.set(settings.walkMicrometres, settings.walkTimeS);
+    fluxWalk.set(settings.fluxWalk, settings.fluxWalkTimeS);
+    activeLines = 0;
+    for (std::size_t i = 0; i < oscillators.size(); ++i) {
+        oscillators[i].setFrequency(settings.lines[i].frequencyHz, physicsRate);
+        if (settings.lines[i].xMicrometres != 0 || settings.lines[i].yMicrometres != 0)
+            activeLines = int(i) + 1;
+    }
+}
+
+BeamSample Beam::next()
+{
+    drift.step();
+    kickX *= kickDecay;
+    kickY *= kickDecay;
+    BeamSample sample;
+    sample.x = settings.driftMicrometres * drift.cosine() + walkX.step(noise.next())
+             + settings.noiseMicrometres * noise.next() + kickX;
+    sample.y = settings.driftMicrometres * drift.sine() + walkY.step(noise.next())
+             + settings.noiseMicrometres * noise.next() + kickY;
+    for (std::size_t i = 0; i < std::size_t(activeLines); ++i) {
+        oscillators[i].step();
+        sample.x += settings.lines[i].xMicrometres * oscillators[i].cosine();
+        sample.y += settings.lines[i].yMicrometres * oscillators[i].sine();
+    }
+    const double flux = 1 + fluxWalk.step(noise.next()) + settings.fluxNoise * noise.next();
+    sample.flux = isOn ? flux : 0;
+    return sample;
+}
+
+void Beam::kick(double xMicrometres, double yMicrometres)
+{
+    kickX += xMicrometres;
+    kickY += yMicrometres;
+}
+
+void Beam::setDrift(double amplitudeMicrometres, double periodS, double walkMicrometres)
+{
+    settings.driftMicrometres = amplitudeMicrometres;
+    settings.driftPeriodS = periodS > 0 ? periodS : settings.driftPeriodS;
+    settings.walkMicrometres = walkMicrometres;
+    applySettings();
+}
+
+void Beam::setVibration(int line, const VibrationLine& vibration)
+{
+    if (line < 0 || line >= int(settings.lines.size()))
+        return;
+    settings.lines[std::size_t(line)] = vibration;
+    applySettings();
+}
+
+void Beam::quiet()
+{
+    settings.driftMicrometres = 0;
+    settings.walkMicrometres = 0;
+    settings.noiseMicrometres = 0;
+    settings.fluxNoise = 0;
+    settings.fluxWalk = 0;
+    for (VibrationLine& line : settings.lines)
+        line = {0, 0, 0};
+    applySettings();
+    walkX.value = 0;
+    walkY.value = 0;
+    fluxWalk.value = 0;
+    kickX = 0;
+    kickY = 0;
+}
+
+} // namespace kora::simulation

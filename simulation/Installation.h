@@ -1,0 +1,101 @@
+#pragma once
+
+#include "simulation/Clock.h"
+#include "simulation/Control.h"
+#include "simulation/Faults.h"
+#include "simulation/Plant.h"
+#include "simulation/TimeDebt.h"
+
+#include <mutex>
+#include <optional>
+
+namespace kora::simulation {
+
+/// The four device files; the index is the device's number everywhere in the stand-in.
+constexpr const char* devicePaths[] = {streamDevicePath, amplifierDevicePath[0], amplifierDevicePath[1],
+                                       outputDevicePath};
+constexpr int deviceCount = 4;
+
+/// One plant under one lock, kept up to the clock by every call; it has no thread of its own. All members may be
+/// called from any thread.
+class Installation final : public Control {
+public:
+    /// @param clock outlives the installation; @param displayRate of the stream at power-on, Hz
+    Installation(const Clock& clock, int displayRate);
+
+    /// Runs one operation on the plant of this moment. @param name under which failures are injected
+    /// @param act called as act(Plant&), returns the operation's result
+    /// @return -1 on an injected failure, which calls nothing
+    template <typename Act>
+    int operate(const char* name, Act act)
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        catchUp();
+        return faults.takes(name) ? -1 : act(*plant);
+    }
+
+    /// The same for what is no operation of the library.
+    template <typename Act>
+    int operate(Act act)
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        catchUp();
+        return act(*plant);
+    }
+
+    /// Statistics of the newest second.
+    BPMStats statistics();
+
+    /// Copies the newest records, the oldest first, at once.
+    /// @param destination room for count * 256 bytes at any address; @return records delivered
+    int newestRecords(void* destination, int count);
+    /// The same, when as many records as asked for exist since the last setting of the rate. A stream of 0 Hz is
+    /// not waited for, and with a driven clock the missing time is computed.
+    int awaitedRecords(void* destination, int count);
+    /// @param device index in the order of devicePaths
+    bool isDevicePresent(int device);
+
+    void useDrivenClock() override;
+    void useRealClock() override;
+    void advance(double seconds) override;
+    double time() override;
+    void setBeamOn(bool on) override;
+    void kick(double xMicrometres, double yMicrometres) override;
+    void setNoise(double positionMicrometres, double currentAmps) override;
+    void setVibration(int line, double frequencyHz, double xMicrometres, double yMicrometres) override;
+    void setDrift(double amplitudeMicrometres, double periodSeconds, double walkMicrometres) override;
+    void quietBeam() override;
+    void plug(int port, std::uint16_t deviceId) override;
+    void setDevicePresent(const char* path, bool present) override;
+    bool failFunction(const char* name, int times) override;
+    void truncateBlocks(int missingRecords) override;
+    void setGarbageBlocks(bool garbage) override;
+    BeamPosition beamPosition() override;
+    double outputVolts(int output) override;
+    void reset() override;
+
+private:
+    void catchUp();
+    void ensureHistory(double seconds);
+    void ensureStreamHistory(int count);
+    std::int64_t missingSteps(int count) const;
+    int deliver(void* destination, int count);
+    template <typename Act>
+    auto manipulate(Act act);
+
+    std::mutex mutex;
+    const Clock& clock;
+    const int displayRate;
+    std::optional<Plant> plant;
+    Faults faults;
+    TimeDebt debt;
+    bool driven = false;
+    /// Steps computed ahead of the visible time 0.
+    std::int64_t historySteps = 0;
+    bool devicePresent[deviceCount] = {true, true, true, true};
+};
+
+/// The installation of this process, made at the first call and never destroyed.
+Installation& installation();
+
+} // namespace kora::simulation

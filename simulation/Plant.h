@@ -1,0 +1,74 @@
+#pragma once
+
+#include "simulation/Actuator.h"
+#include "simulation/Beam.h"
+#include "simulation/CurrentAmplifier.h"
+#include "simulation/DisplayStream.h"
+#include "simulation/FeedbackLoops.h"
+#include "simulation/OutputUnit.h"
+#include "simulation/SfpPorts.h"
+#include "simulation/Statistics.h"
+
+namespace kora::simulation {
+
+/// The installation's physics and electronics, advanced step by step. Knows neither clock nor threads.
+class Plant {
+public:
+    /// Switched on, at rest, loops stopped. @param displayRate Hz
+    explicit Plant(int displayRate);
+
+    void run(std::int64_t steps);
+    /// Since power-on.
+    std::int64_t stepsDone() const { return steps; }
+
+    Beam& beam() { return source; }
+    /// Centre of the beam at BPM1, micrometres.
+    BeamSample beamAtMonitor() const { return {positionX, positionY, flux}; }
+    SfpPorts& ports() { return sfp; }
+    CurrentAmplifier& amplifier(int index) { return amplifiers[index]; }
+    PositionMonitor& monitor(int bpm) { return monitors[bpm]; }
+    Interlock& interlock() { return region; }
+    FeedbackLoops& loops() { return feedback; }
+    OutputUnit& outputs() { return outputUnit; }
+    FunctionGenerator& generator() { return sine; }
+    DisplayStream& stream() { return display; }
+    const DisplayStream& stream() const { return display; }
+
+    BPMStats statistics() const;
+    AmplifierStatus amplifierStatus(int index) const;
+    CurrentRecord currentRecord(int index) const;
+
+private:
+    void applyPowerOn();
+    void step();
+    void moveBeam();
+    void readMonitors();
+    PositionReading readEncoder(int bpm) const;
+    void runLoops();
+    void updateOutputs();
+    void fillRecord(DisplayRecord& record) const;
+
+    SfpPorts sfp;
+    Beam source;
+    QuadrantDetector detector;
+    CurrentAmplifier amplifiers[2];
+    PositionMonitor monitors[2];
+    Interlock region;
+    FeedbackLoops feedback;
+    FunctionGenerator sine;
+    OutputUnit outputUnit;
+    Actuator actuators[4];
+    DisplayStream display;
+    /// X, Y and intensity of each BPM.
+    Statistics signals[2][3];
+
+    double positionX = 0;
+    double positionY = 0;
+    double flux = 0;
+    PositionReading readings[2];
+    int stepsToLoop = 1;
+    int currentLoopRate = 0;
+    std::int64_t steps = 0;
+};
+
+} // namespace kora::simulation
