@@ -1,0 +1,33 @@
+#include "logging/LogRowHeader.h"
+
+#include <QEvent>
+
+namespace QsLogging {
+
+LogRowHeader::LogRowHeader(QWidget* parent) : QHeaderView(Qt::Vertical, parent)
+{
+    setSectionsClickable(true);
+    setHighlightSections(true);
+}
+
+QSize LogRowHeader::sectionSizeFromContents(int section) const
+{
+    int digits = 0;
+    for (int number = model()->headerData(section, Qt::Vertical).toInt(); number > 0; number /= 10)
+        ++digits;
+    if (sizes.size() <= digits)
+        sizes.resize(digits + 1);
+    QSize& size = sizes[digits];
+    if (!size.isValid())
+        size = QHeaderView::sectionSizeFromContents(section);
+    return size;
+}
+
+void LogRowHeader::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        sizes.clear();
+    QHeaderView::changeEvent(event);
+}
+
+} // namespace QsLogging

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "logging/LogMessage.h"
+
+#include <QAbstractTableModel>
+#include <QReadWriteLock>
+
+#include <deque>
+
+namespace QsLogging {
+
+/// The lines of the log window, the oldest first, one row each. append() may be called from any thread as far
+/// as the entries go; in this program everything happens on the GUI thread.
+class LogWindowModel : public QAbstractTableModel
+{
+    Q_OBJECT
+
+public:
+    enum Column
+    {
+        TimeColumn,
+        LevelColumn,
+        MessageColumn,
+        FormattedColumn = 100 ///< not shown: the whole line, for data() calls made with that number
+    };
+
+    /// Role of data(): whether a row is surely as high as any other row of one plain line of text.
+    static constexpr int plainRowRole = Qt::UserRole;
+
+    /// @param maxItems  lines kept; all bits set keeps every line
+    explicit LogWindowModel(quint64 maxItems);
+
+    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
+    void append(const LogMessage& message);
+    void clear();
+    /// A copy of the entry. Takes no lock: for the thread that appends.
+    LogMessage at(int row) const;
+
+private:
+    std::deque<LogMessage> items;
+    mutable QReadWriteLock lock; ///< guards items
+    quint64 maxItems;
+};
+
+} // namespace QsLogging
