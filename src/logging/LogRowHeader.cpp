@@ -12,6 +12,9 @@ LogRowHeader::LogRowHeader(QWidget* parent) : QHeaderView(Qt::Vertical, parent)
 
 QSize LogRowHeader::sectionSizeFromContents(int section) const
 {
+    // The table may outlive its model for a moment when their window is deleted.
+    if (!model())
+        return QHeaderView::sectionSizeFromContents(section);
     int digits = 0;
     for (int number = model()->headerData(section, Qt::Vertical).toInt(); number > 0; number /= 10)
         ++digits;

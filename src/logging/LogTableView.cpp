@@ -5,21 +5,37 @@
 
 #include <QEvent>
 #include <QScrollBar>
+#include <QStyle>
+#include <QStyleOptionViewItem>
+
+#include <algorithm>
 
 namespace QsLogging {
 
 LogTableView::LogTableView(QWidget* parent) : QTableView(parent)
 {
     setVerticalHeader(new LogRowHeader(this));
+    connect(verticalScrollBar(), SIGNAL(rangeChanged(int, int)), SLOT(stayAtEnd()));
     // Whole lines are what is copied and saved.
     setSelectionBehavior(QAbstractItemView::SelectRows);
+    forgetRowHeight();
 }
 
-void LogTableView::followNextRow(bool follow)
+void LogTableView::setModel(QAbstractItemModel* source)
 {
-    followsNextRow = follow;
-    if (follow)
-        verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+    if (model())
+        disconnect(model(), SIGNAL(layoutChanged()), this, SLOT(doItemsLayout()));
+    QTableView::setModel(source);
+    // At once: left to itself the table would first paint its header at an offset that is valid no more, and
+    // that paints all rows.
+    if (source)
+        connect(source, SIGNAL(layoutChanged()), SLOT(doItemsLayout()));
+}
+
+void LogTableView::follow(bool follow)
+{
+    following = follow;
+    stayAtEnd();
 }
 
 int LogTableView::sizeHintForRow(int row) const
@@ -35,23 +51,36 @@ int LogTableView::sizeHintForRow(int row) const
 void LogTableView::changeEvent(QEvent* event)
 {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
-        plainRowHeight = 0;
+        forgetRowHeight();
     QTableView::changeEvent(event);
 }
 
-void LogTableView::rowsInserted(const QModelIndex& parent, int start, int end)
+void LogTableView::scrollContentsBy(int dx, int dy)
 {
-    QTableView::rowsInserted(parent, start, end);
-    endWanted = endWanted || followsNextRow;
+    if (verticalScrollBar()->value() != verticalScrollBar()->maximum())
+        following = false;
+    QTableView::scrollContentsBy(dx, dy);
 }
 
-void LogTableView::updateGeometries()
+void LogTableView::stayAtEnd()
 {
-    QTableView::updateGeometries();
-    if (!endWanted)
-        return;
-    endWanted = false;
-    verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+    if (following)
+        verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+}
+
+/// Rows of the header's default height cost it nothing when the filter changes, so the default becomes the
+/// height that the delegate will give to a plain line.
+void LogTableView::forgetRowHeight()
+{
+    plainRowHeight = 0;
+    QStyleOptionViewItem line = viewOptions();
+    line.features |= QStyleOptionViewItem::HasDisplay;
+    line.text = QStringLiteral("0");
+    const int height = style()->sizeFromContents(QStyle::CT_ItemViewItem, &line, QSize(), this).height();
+    // A minimum that is not given is computed anew for each row.
+    verticalHeader()->setMinimumSectionSize(-1);
+    verticalHeader()->setMinimumSectionSize(verticalHeader()->minimumSectionSize());
+    verticalHeader()->setDefaultSectionSize(std::max(height, verticalHeader()->minimumSectionSize()));
 }
 
 } // namespace QsLogging

@@ -14,22 +14,24 @@ class LogTableView : public QTableView
 public:
     explicit LogTableView(QWidget* parent = nullptr);
 
-    /// To be called before a line is inserted: shows the end of the table, that line included, if `follow`.
-    void followNextRow(bool follow);
+    /// From the next layout on shows the end of the table, if `follow`, until the operator scrolls away.
+    void follow(bool follow);
 
+    void setModel(QAbstractItemModel* model) override;
     int sizeHintForRow(int row) const override;
 
 protected:
     void changeEvent(QEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
 
-protected slots:
-    void rowsInserted(const QModelIndex& parent, int start, int end) override;
-    void updateGeometries() override;
+private slots:
+    void stayAtEnd();
 
 private:
+    void forgetRowHeight();
+
     mutable int plainRowHeight = 0; ///< px; 0 while unknown
-    bool followsNextRow = false;
-    bool endWanted = false; ///< at the next layout
+    bool following = false;
 };
 
 } // namespace QsLogging

@@ -112,7 +112,7 @@ void Window::OnAutoScrollChanged(bool checked)
 
 void Window::ModelRowsInserted(QModelIndex, int, int)
 {
-    form->tableViewMessages->followNextRow(autoScroll && !paused);
+    form->tableViewMessages->follow(autoScroll && !paused);
 }
 
 void Window::connectControls()

@@ -1,0 +1,473 @@
+#include "logging/LogWindow.h"
+#include "logging/DestinationMaker.h"
+#include "logging/Log.h"
+#include "support/FileDialogs.h"
+#include "support/Operator.h"
+
+#include <QClipboard>
+#include <QHeaderView>
+#include <QtTest>
+#include <QtWidgets>
+
+using namespace QsLogging;
+
+namespace {
+
+const QDateTime someTime(QDate(2026, 7, 1), QTime(10, 20, 30, 45), Qt::UTC);
+
+const int allLevels[] = {TraceLevel, DebugLevel, InfoLevel, WarnLevel, ErrorLevel, FatalLevel};
+
+LogMessage line(int level, const QString& text)
+{
+    return LogMessage(text, someTime, level);
+}
+
+} // namespace
+
+class LogWindowTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<Window> window;
+
+    QTableView* table() { return operate::find<QTableView>(window.get(), "tableViewMessages"); }
+    QComboBox* levels() { return operate::find<QComboBox>(window.get(), "comboBoxLevel"); }
+    QToolButton* button(const char* name) { return operate::find<QToolButton>(window.get(), name); }
+    QCheckBox* autoScroll() { return operate::find<QCheckBox>(window.get(), "checkBoxAutoScroll"); }
+
+    void add(const LogMessage& message)
+    {
+        QVERIFY(QMetaObject::invokeMethod(window.get(), "addLogMessage", Qt::DirectConnection,
+                                          Q_ARG(QsLogging::LogMessage, message)));
+    }
+    void add(int level, const char* text) { add(line(level, QString::fromLatin1(text))); }
+    void addMany(int count, int level = InfoLevel)
+    {
+        for (int number = 0; number < count; ++number)
+            add(line(level, QString::number(number)));
+    }
+    void addOneOfEachLevel()
+    {
+        for (const int level : allLevels)
+            add(line(level, QString::number(level)));
+    }
+    /// The message column as shown.
+    QStringList shown()
+    {
+        QStringList texts;
+        for (int row = 0; row < table()->model()->rowCount(); ++row)
+            texts += table()->model()->index(row, 2).data().toString();
+        return texts;
+    }
+    static QString clipboard() { return QApplication::clipboard()->text(); }
+    void show()
+    {
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+    }
+    QScrollBar* bar() { return table()->verticalScrollBar(); }
+
+private slots:
+    void initTestCase()
+    {
+        qputenv("TZ", "Europe/Ljubljana");
+        tzset();
+    }
+    void init()
+    {
+        window = std::make_unique<Window>();
+        QApplication::clipboard()->setText(QStringLiteral("untouched"));
+    }
+    void cleanup() { window.reset(); }
+
+    void formIsAsDescribed()
+    {
+        QCOMPARE(window->windowTitle(), QStringLiteral("Log window"));
+        QCOMPARE(window->size(), QSize(599, 539));
+        const struct
+        {
+            const char* name;
+            const char* text;
+        } buttons[] = {{"toolButtonPause", "&Pause"},
+                       {"toolButtonSave", "&Save"},
+                       {"toolButtonClear", "C&lear"},
+                       {"toolButtonCopy", "&Copy"}};
+        for (const auto& each : buttons) {
+            QCOMPARE(button(each.name)->text(), QString::fromLatin1(each.text));
+            QCOMPARE(button(each.name)->toolButtonStyle(), Qt::ToolButtonTextBesideIcon);
+            QVERIFY(button(each.name)->autoRaise());
+            QVERIFY(!button(each.name)->icon().isNull());
+        }
+        QCOMPARE(operate::find<QLabel>(window.get(), "label")->text(), QStringLiteral("Level:"));
+        QCOMPARE(autoScroll()->text(), QStringLiteral("&Auto scroll"));
+        QVERIFY(autoScroll()->isChecked());
+    }
+
+    void tableIsAsDescribed()
+    {
+        QVERIFY(!table()->hasAutoScroll());
+        QVERIFY(table()->alternatingRowColors());
+        QVERIFY(!table()->showGrid());
+        QVERIFY(!table()->wordWrap());
+        QVERIFY(!table()->isSortingEnabled());
+        addMany(2);
+        const QHeaderView* columns = table()->horizontalHeader();
+        QCOMPARE(columns->sectionResizeMode(0), QHeaderView::ResizeToContents);
+        QCOMPARE(columns->sectionResizeMode(1), QHeaderView::ResizeToContents);
+        QCOMPARE(columns->sectionResizeMode(2), QHeaderView::Stretch);
+        QCOMPARE(table()->verticalHeader()->sectionResizeMode(0), QHeaderView::ResizeToContents);
+        QCOMPARE(table()->verticalHeader()->sectionResizeMode(1), QHeaderView::ResizeToContents);
+    }
+
+    void iconsAreThere()
+    {
+        for (const char* name : {"pause", "resume", "save", "clear", "copy"}) {
+            const QImage image(
+                QStringLiteral(":/QsLogWindow/images/icon-%1-16.png").arg(QLatin1String(name)));
+            QCOMPARE(image.size(), QSize(16, 16));
+        }
+    }
+
+    void levelBoxOffersTheSixLevelsAndStandsAtInfo()
+    {
+        QCOMPARE(levels()->count(), 6);
+        for (const int level : allLevels) {
+            QCOMPARE(levels()->itemText(level), levelName(level));
+            QCOMPARE(levels()->itemData(level).toInt(), level);
+        }
+        QCOMPARE(levels()->currentIndex(), 2);
+        addOneOfEachLevel();
+        QCOMPARE(shown().size(), 4);
+    }
+
+    void rowShowsLocalTimeLevelNameAndMessage()
+    {
+        add(WarnLevel, "setFBenable() failed ");
+        QAbstractItemModel* model = table()->model();
+        QCOMPARE(model->columnCount(), 3);
+        QCOMPARE(model->headerData(0, Qt::Horizontal).toString(), QStringLiteral("Time"));
+        QCOMPARE(model->headerData(1, Qt::Horizontal).toString(), QStringLiteral("Level"));
+        QCOMPARE(model->headerData(2, Qt::Horizontal).toString(), QStringLiteral("Message"));
+        QCOMPARE(model->index(0, 0).data().toString(), someTime.toLocalTime().toString(Qt::TextDate));
+        QVERIFY(model->index(0, 0).data().toString().contains(QStringLiteral("12:20:30")));
+        QCOMPARE(model->index(0, 1).data().toString(), QStringLiteral("Warning"));
+        QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("setFBenable() failed "));
+    }
+
+    void columnOneHundredIsTheWholeLineAndNotShown()
+    {
+        class OpenModel : public LogWindowModel
+        {
+        public:
+            using LogWindowModel::LogWindowModel;
+            using QAbstractTableModel::createIndex;
+        } model(~quint64(0));
+        model.append(line(ErrorLevel, QStringLiteral("m")));
+        QCOMPARE(model.columnCount(), 3);
+        QCOMPARE(model.data(model.createIndex(0, 100)).toString(),
+                 QStringLiteral("ERROR 2026-07-01T12:20:30.045 m"));
+        QVERIFY(!model.data(model.createIndex(0, 3)).isValid());
+        QVERIFY(!model.headerData(100, Qt::Horizontal).isValid());
+    }
+
+    void warningsAndWorseAreColoured()
+    {
+        levels()->setCurrentIndex(TraceLevel);
+        addOneOfEachLevel();
+        const QAbstractItemModel* model = table()->model();
+        for (int column = 0; column < 3; ++column) {
+            for (const int level : {TraceLevel, DebugLevel, InfoLevel})
+                QVERIFY(!model->index(level, column).data(Qt::BackgroundRole).isValid());
+            QCOMPARE(model->index(3, column).data(Qt::BackgroundRole).value<QColor>(), QColor(255, 255, 128));
+            QCOMPARE(model->index(4, column).data(Qt::BackgroundRole).value<QColor>(), QColor(255, 128, 128));
+            QCOMPARE(model->index(5, column).data(Qt::BackgroundRole).value<QColor>(), QColor(255, 0, 0));
+        }
+    }
+
+    void levelFilterAtErrorHidesWarningsAndShowsErrors()
+    {
+        addOneOfEachLevel();
+        levels()->setCurrentIndex(ErrorLevel);
+        QCOMPARE(shown(), QStringList({QStringLiteral("4"), QStringLiteral("5")}));
+        QCOMPARE(table()->model()->index(0, 0).data(Qt::BackgroundRole).value<QColor>(),
+                 QColor(255, 128, 128));
+        add(WarnLevel, "late warning");
+        add(ErrorLevel, "late error");
+        QCOMPARE(shown(),
+                 QStringList({QStringLiteral("4"), QStringLiteral("5"), QStringLiteral("late error")}));
+        levels()->setCurrentIndex(TraceLevel);
+        QCOMPARE(shown().size(), 8);
+        QCOMPARE(shown().last(), QStringLiteral("late error"));
+    }
+
+    void nothingIsEverDropped()
+    {
+        addMany(20000);
+        QCOMPARE(shown().size(), 20000);
+        QCOMPARE(shown().first(), QStringLiteral("0"));
+        QCOMPARE(shown().last(), QStringLiteral("19999"));
+    }
+
+    void limitedModelDropsTheOldestAndSaysThatAllRowsChanged()
+    {
+        LogWindowModel model(2);
+        QSignalSpy inserted(&model, SIGNAL(rowsInserted(QModelIndex, int, int)));
+        QSignalSpy changed(&model, SIGNAL(dataChanged(QModelIndex, QModelIndex)));
+        for (int number = 0; number < 3; ++number)
+            model.append(line(InfoLevel, QString::number(number)));
+        QCOMPARE(model.rowCount(), 2);
+        QCOMPARE(model.at(0).message, QStringLiteral("1"));
+        QCOMPARE(model.at(1).message, QStringLiteral("2"));
+        QCOMPARE(inserted.count(), 3);
+        QCOMPARE(inserted.at(2).at(1).toInt(), 2);
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(changed.at(0).at(0).toModelIndex(), model.index(0, 0));
+        QCOMPARE(changed.at(0).at(1).toModelIndex(), model.index(1, 2));
+    }
+
+    void pauseKeepsNewLinesOutOfViewAndResumeBringsThemBack()
+    {
+        addMany(3);
+        button("toolButtonPause")->click();
+        QCOMPARE(button("toolButtonPause")->text(), QStringLiteral("&Resume"));
+        const auto showsPicture = [this](const char* name) {
+            const QImage wanted(
+                QStringLiteral(":/QsLogWindow/images/icon-%1-16.png").arg(QLatin1String(name)));
+            return button("toolButtonPause")->icon().pixmap(16).toImage().convertToFormat(wanted.format()) ==
+                   wanted;
+        };
+        QVERIFY(showsPicture("resume"));
+        addMany(5);
+        // Up to the source row whose number is the count of rows at the pause: one line more.
+        QCOMPARE(shown().size(), 4);
+        button("toolButtonPause")->click();
+        QCOMPARE(button("toolButtonPause")->text(), QStringLiteral("&Pause"));
+        QVERIFY(showsPicture("pause"));
+        QCOMPARE(shown().size(), 8);
+    }
+
+    void pauseCountsFilteredRowsAndComparesThemWithAllRows()
+    {
+        addMany(4, DebugLevel);
+        addMany(2);
+        QCOMPARE(shown().size(), 2);
+        button("toolButtonPause")->click();
+        // What is shown stays until something invalidates the filter.
+        QCOMPARE(shown().size(), 2);
+        levels()->setCurrentIndex(FatalLevel);
+        // Then the first rows of the log up to number 2 show, whatever their level.
+        QCOMPARE(shown(), QStringList({QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2")}));
+        QCOMPARE(table()->model()->index(0, 1).data().toString(), QStringLiteral("Debug"));
+    }
+
+    void pauseWithAnEmptyViewDoesNotPause()
+    {
+        button("toolButtonPause")->click();
+        addMany(3);
+        QCOMPARE(shown().size(), 3);
+    }
+
+    void clearWhilePausedKeepsTheRowLimit()
+    {
+        addMany(3);
+        button("toolButtonPause")->click();
+        button("toolButtonClear")->click();
+        QCOMPARE(shown().size(), 0);
+        addMany(10, TraceLevel);
+        QCOMPARE(shown(), QStringList({QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2"),
+                                       QStringLiteral("3")}));
+    }
+
+    void clearEmptiesTheLog()
+    {
+        addMany(3);
+        button("toolButtonClear")->click();
+        QCOMPARE(table()->model()->rowCount(), 0);
+        addMany(1);
+        QCOMPARE(shown(), QStringList(QStringLiteral("0")));
+    }
+
+    void controlCWithNothingSelectedCopiesAllVisibleLines()
+    {
+        show();
+        add(DebugLevel, "hidden");
+        add(InfoLevel, "one ");
+        add(ErrorLevel, "two ");
+        QTest::keyClick(table(), Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(clipboard(), QStringLiteral("INFO  2026-07-01T12:20:30.045 one \n"
+                                             "ERROR 2026-07-01T12:20:30.045 two \n"));
+    }
+
+    void otherKeysOfTheTableCopyNothing()
+    {
+        show();
+        addMany(2);
+        QTest::keyClick(table(), Qt::Key_C);
+        QTest::keyClick(table(), Qt::Key_X, Qt::ControlModifier);
+        QCOMPARE(clipboard(), QStringLiteral("untouched"));
+    }
+
+    void selectedRowsAreCopiedInDisplayOrder()
+    {
+        addMany(5);
+        QItemSelectionModel* selection = table()->selectionModel();
+        for (const int row : {3, 0, 2})
+            selection->select(table()->model()->index(row, 0),
+                              QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        button("toolButtonCopy")->click();
+        QCOMPARE(clipboard(), QStringLiteral("INFO  2026-07-01T12:20:30.045 0\n"
+                                             "INFO  2026-07-01T12:20:30.045 2\n"
+                                             "INFO  2026-07-01T12:20:30.045 3\n"));
+    }
+
+    void clickSelectsTheWholeLine()
+    {
+        show();
+        addMany(3);
+        QCoreApplication::processEvents();
+        QTest::mouseClick(table()->viewport(), Qt::LeftButton, Qt::NoModifier,
+                          table()->visualRect(table()->model()->index(1, 1)).center());
+        button("toolButtonCopy")->click();
+        QCOMPARE(clipboard(), QStringLiteral("INFO  2026-07-01T12:20:30.045 1\n"));
+    }
+
+    void selectedRowsThatStayAreStillSelectedAfterAChangeOfTheLevel()
+    {
+        addOneOfEachLevel();
+        table()->selectionModel()->select(table()->model()->index(2, 0), // the error
+                                          QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        table()->selectionModel()->select(table()->model()->index(0, 0), // the information
+                                          QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        levels()->setCurrentIndex(ErrorLevel);
+        const QModelIndexList rows = table()->selectionModel()->selectedRows(2);
+        QCOMPARE(rows.size(), 1);
+        QCOMPARE(rows.first().data().toString(), QStringLiteral("4"));
+    }
+
+    void saveWritesTheVisibleLines()
+    {
+        QTemporaryDir folder;
+        add(InfoLevel, "one");
+        add(line(WarnLevel, QStringLiteral("2 \u00b5m")));
+        FileDialogs answered(folder.filePath(QStringLiteral("kept")));
+        button("toolButtonSave")->click();
+        QCOMPARE(answered.dialogs().size(), 1);
+        QCOMPARE(answered.dialogs().first().caption, QStringLiteral("Save log"));
+        QCOMPARE(answered.dialogs().first().nameFilters, QStringList(QStringLiteral("Log file (*.log)")));
+        QCOMPARE(answered.dialogs().first().defaultSuffix, QStringLiteral("log"));
+        QFile file(folder.filePath(QStringLiteral("kept.log")));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("INFO  2026-07-01T12:20:30.045 one\n"
+                                            "WARN  2026-07-01T12:20:30.045 2 \xc2\xb5m\n"));
+    }
+
+    void saveThatIsCancelledOrCannotBeOpenedWritesNothing()
+    {
+        QTemporaryDir folder;
+        addMany(1);
+        FileDialogs answered{QString()};
+        button("toolButtonSave")->click();
+        QCOMPARE(answered.dialogs().size(), 1);
+        QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("taken.log")));
+        answered.answerWith(folder.filePath(QStringLiteral("taken.log")));
+        button("toolButtonSave")->click();
+        QCOMPARE(answered.dialogs().size(), 2);
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 0);
+    }
+
+    void newLineIsScrolledToWhileAutoScrollIsOn()
+    {
+        show();
+        addMany(200);
+        QTRY_VERIFY(bar()->maximum() > 100);
+        QTRY_COMPARE(bar()->value(), bar()->maximum());
+        addMany(1);
+        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 200);
+        bar()->setValue(0);
+        addMany(1);
+        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 201);
+    }
+
+    void viewStaysWhereItIsWithoutAutoScroll()
+    {
+        show();
+        addMany(200);
+        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 199);
+        autoScroll()->click();
+        bar()->setValue(10);
+        addMany(50);
+        QTRY_VERIFY(bar()->maximum() > 220);
+        QCOMPARE(bar()->value(), 10);
+    }
+
+    void viewStaysAtTheLineBeforeWithoutAutoScrollAtTheEnd()
+    {
+        show();
+        addMany(200);
+        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 199);
+        const int before = bar()->value();
+        autoScroll()->click();
+        addMany(50);
+        QTRY_VERIFY(bar()->maximum() >= before + 50);
+        QCOMPARE(bar()->value(), before);
+    }
+
+    void viewStaysWhereItIsWhilePaused()
+    {
+        show();
+        addMany(200);
+        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 199);
+        bar()->setValue(10);
+        button("toolButtonPause")->click();
+        addMany(50);
+        QCoreApplication::processEvents();
+        QCOMPARE(bar()->value(), 10);
+    }
+
+    void rowsAreAsHighAsAPlainTableMakesThem()
+    {
+        show();
+        add(InfoLevel, "plain");
+        add(InfoLevel, "two\nlines");
+        add(InfoLevel, "plain again");
+        QTableView reference;
+        reference.setFont(table()->font());
+        reference.setWordWrap(false);
+        reference.setShowGrid(false);
+        reference.verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+        reference.setModel(table()->model());
+        reference.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&reference));
+        QCoreApplication::processEvents();
+        for (int row = 0; row < 3; ++row)
+            QCOMPARE(table()->rowHeight(row), reference.rowHeight(row));
+        QVERIFY(table()->rowHeight(1) > table()->rowHeight(0));
+        QCOMPARE(table()->rowHeight(0), table()->verticalHeader()->defaultSectionSize());
+    }
+
+    void linesOfTheLoggerArriveWithoutTrace()
+    {
+        Logger::instance().addDestination(DestinationMaker::newFunctorDestination(
+            window.get(), SLOT(addLogMessage(QsLogging::LogMessage))));
+        levels()->setCurrentIndex(TraceLevel);
+        Logger::instance().setLevel(TraceLevel);
+        KORA_LOG_TRACE << "trace";
+        KORA_LOG_INFO << "Started logger";
+        QTRY_COMPARE(shown(), QStringList(QStringLiteral("Started logger ")));
+        Logger::instance().setLevel(InfoLevel);
+        Logger::instance().removeDestination(QStringLiteral("functor"));
+    }
+
+    void closedWindowGoesOnCollecting()
+    {
+        show();
+        addMany(1);
+        window->close();
+        addMany(2);
+        QCOMPARE(shown().size(), 3);
+    }
+};
+
+QTEST_MAIN(LogWindowTest)
+#include "LogWindowTest.moc"
