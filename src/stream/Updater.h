@@ -6,6 +6,9 @@
 
 #include <QObject>
 
+/// Magnitude of a complex value as FFTW stores it: c[0] the real, c[1] the imaginary part.
+double fftw_abs(double* c);
+
 /// Turns the display stream into what the screens plot: once a second it fetches one window of records, rewrites
 /// the data of every registered trace, computes one spectrum and tells the graphs to redraw. GUI thread only.
 class Updater : public QObject
@@ -30,6 +33,7 @@ public:
     ~Updater() override;
 
     /// Registers the data of one trace, owned by its graph. Null takes it out again.
+    /// @param kind a GraphKind; others, and channels that a kind does not have, register nothing
     /// @param channel trace of the kind, from 0; unused for kinds of one trace
     void setGraphData(int kind, int channel, QCPDataMap* map);
 
@@ -62,4 +66,11 @@ public slots:
     void updateGraphs();
     void updateIonBars();
     void ChangeFFTremoveDC(bool removeDC);
+
+private:
+    QCPDataMap** registered(int kind, int channel);
+    void fetchWindow(int records);
+    void decodeTraces(int records);
+    void decodeClouds(int records);
+    void transform(int records);
 };

@@ -1,0 +1,131 @@
+#include "graphs/WidgetGraphFFT.h"
+
+#include "app/Globals.h"
+#include "graphs/PlotDress.h"
+#include "graphs/PlotRedraw.h"
+#include "graphs/SpectrumSignals.h"
+#include "graphs/TraceGraph.h"
+#include "stream/Updater.h"
+#include "ui_WidgetGraphFFT.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+namespace {
+
+constexpr double tracePenWidth = 2.0;
+constexpr int subTicksPerDecade = 8;
+
+const SpectrumSignal& signalOf(const QString& text)
+{
+    const auto* found = std::find_if(std::begin(spectrumSignals), std::end(spectrumSignals),
+                                     [&](const SpectrumSignal& signal) { return text == QLatin1String(signal.text); });
+    return found == std::end(spectrumSignals) ? otherSpectrumSignal : *found;
+}
+
+/// A logarithmic axis gets ticks at the powers of ten.
+void setScale(QCPAxis* axis, bool logarithmic)
+{
+    if (logarithmic) {
+        const QSharedPointer<QCPAxisTickerLog> ticker(new QCPAxisTickerLog);
+        ticker->setSubTickCount(subTicksPerDecade);
+        axis->setTicker(ticker);
+        axis->setScaleType(QCPAxis::stLogarithmic);
+    } else {
+        axis->setTicker(QSharedPointer<QCPAxisTicker>(new QCPAxisTicker));
+        axis->setScaleType(QCPAxis::stLinear);
+    }
+}
+
+} // namespace
+
+WidgetGraphFFT::WidgetGraphFFT(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::WidgetGraphFFT>())
+{
+    ui->setupUi(this);
+    plot_dress::drawPlain(ui->graph);
+    plotRedraw = new PlotRedraw(ui->graph);
+    trace = new TraceGraph(ui->graph->xAxis, ui->graph->yAxis);
+    trace->setPen(QPen(QColor(250, 250, 135, 240), tracePenWidth));
+    buildAxes();
+    fftSelectorChanged(ui->selectorComboBox->currentText());
+    connectAll();
+    plot_dress::setGradient(ui->graph, plot_dress::firstGradientHeight);
+    plot_dress::whiten(ui->graph->xAxis);
+    plot_dress::whiten(ui->graph->yAxis);
+    plot_dress::allowVerticalZoomAndSelection(ui->graph);
+}
+
+WidgetGraphFFT::~WidgetGraphFFT() = default;
+
+void WidgetGraphFFT::buildAxes()
+{
+    ui->graph->yAxis->setRange(0, 1000);
+    ui->graph->xAxis->setRange(10, 1000);
+    setScale(ui->graph->xAxis, true);
+    setScale(ui->graph->yAxis, true);
+    ui->graph->xAxis->grid()->setSubGridVisible(true);
+}
+
+void WidgetGraphFFT::connectAll()
+{
+    connect(ui->xAxisComboBox, SIGNAL(currentIndexChanged(QString)), this, SLOT(xAxesChanged(QString)));
+    connect(ui->yAxisComboBox, SIGNAL(currentIndexChanged(QString)), this, SLOT(yAxesChanged(QString)));
+    connect(ui->fFTLengthComboBox, SIGNAL(currentIndexChanged(QString)), this, SLOT(fftLengthChanged(QString)));
+    connect(ui->selectorComboBox, SIGNAL(currentIndexChanged(QString)), this, SLOT(fftSelectorChanged(QString)));
+    connect(ui->removeDCCheckBox, SIGNAL(toggled(bool)), updater, SLOT(ChangeFFTremoveDC(bool)));
+    connect(ui->graph, SIGNAL(mousePress(QMouseEvent*)), this, SLOT(graphClicked(QMouseEvent*)));
+}
+
+QCPDataMap* WidgetGraphFFT::dataMap()
+{
+    return trace->shareNewData();
+}
+
+void WidgetGraphFFT::replot()
+{
+    if (ui->checkBoxAutoscale->isChecked()) {
+        ui->graph->yAxis->rescale(true);
+        ui->graph->xAxis->rescale(true);
+    }
+    plotRedraw->request();
+}
+
+void WidgetGraphFFT::xAxesChanged(QString str)
+{
+    setScale(ui->graph->xAxis, str == QLatin1String("Log"));
+    plotRedraw->request();
+}
+
+void WidgetGraphFFT::yAxesChanged(QString str)
+{
+    setScale(ui->graph->yAxis, str == QLatin1String("Log"));
+    plotRedraw->request();
+}
+
+void WidgetGraphFFT::fftLengthChanged(QString str)
+{
+    updater->fftLength = int(str.toUInt());
+}
+
+void WidgetGraphFFT::graphClicked(QMouseEvent* event)
+{
+    // The pixel is what is rounded, not the coordinate.
+    const double x = ui->graph->xAxis->pixelToCoord(std::round(event->localPos().x()));
+    const double y = ui->graph->yAxis->pixelToCoord(std::round(event->localPos().y()));
+    ui->lineEditCursorX->setText(QString::number(x, 'e', 3));
+    ui->lineEditCursorY->setText(QString::number(y, 'e', 3));
+}
+
+void WidgetGraphFFT::fftSelectorChanged(QString selector)
+{
+    const SpectrumSignal& signal = signalOf(selector);
+    updater->setFFTchannel(signal.slot);
+    trace->setPen(QPen(QColor(signal.colour), tracePenWidth));
+}
+
+void WidgetGraphFFT::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    plot_dress::setGradient(ui->graph, ui->graph->height());
+}

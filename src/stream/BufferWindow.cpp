@@ -1,0 +1,3 @@
+#include "stream/BufferWindow.h"
+
+void BufferWindow::updateAll() {}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QObject>
+
+/// A place kept for a view of raw windows; nothing constructs it yet.
+class BufferWindow : public QObject
+{
+    Q_OBJECT
+
+public slots:
+    void updateAll();
+};
