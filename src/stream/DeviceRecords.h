@@ -56,5 +56,13 @@ static_assert(sizeof(CurrentRecord) == 32);
 struct OutputRecord {
     double volts[4] = {0, 0, 0, 0}; ///< outputs 0 to 3, V
     std::int32_t flag = 1;          ///< always 1
+
+    static bool hasOutput(int output) { return output >= 0 && output < 4; }
+    /// A number that is no output of the unit, as a settings file may hold, sets nothing.
+    void set(int output, double value)
+    {
+        if (hasOutput(output))
+            volts[output] = value;
+    }
 };
 static_assert(offsetof(OutputRecord, flag) == 32);

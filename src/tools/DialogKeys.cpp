@@ -1,0 +1,10 @@
+#include "tools/DialogKeys.h"
+
+#include <QDialog>
+#include <QPushButton>
+
+void detachEnterKey(QDialog* dialog)
+{
+    for (QPushButton* button : dialog->findChildren<QPushButton*>())
+        button->setAutoDefault(false);
+}

@@ -1,0 +1,140 @@
+#include "tools/WindowRocking3D.h"
+
+#include "app/Globals.h"
+#include "hardware/MailboxComm.h"
+#include "stream/DeviceFile.h"
+#include "stream/DeviceRecords.h"
+#include "tools/DialogKeys.h"
+#include "tools/Pause.h"
+#include "tools/ServeEvents.h"
+#include "ui_WindowRocking3D.h"
+
+#include <QDateTime>
+#include <QFileDialog>
+#include <QHostInfo>
+#include <QPointer>
+#include <QTextStream>
+
+#include <algorithm>
+#include <fcntl.h>
+
+namespace {
+
+constexpr int readingsPerPoint = 10;
+
+void setOutputs(DeviceFile& outputUnit, double first, double second)
+{
+    OutputRecord record;
+    record.volts[0] = first;
+    record.volts[1] = second;
+    outputUnit.control(requestSetOutputs, &record);
+}
+
+/// Mean of the sum of the four currents over ten readings, each after a tenth of the step time.
+float averagedSum(DeviceFile& amplifier, unsigned long stepMicroseconds)
+{
+    float sum = 0;
+    for (int reading = 0; reading < readingsPerPoint; ++reading) {
+        pauseMicroseconds(stepMicroseconds / readingsPerPoint);
+        CurrentRecord currents = {};
+        amplifier.control(requestCurrents, &currents);
+        for (double amps : currents.amps)
+            sum += float(amps);
+    }
+    return sum / readingsPerPoint;
+}
+
+} // namespace
+
+WindowRocking3D::WindowRocking3D(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowRocking3D>())
+{
+    ui->setupUi(this);
+    detachEnterKey(this);
+    connect(ui->goButton, SIGNAL(released()), SLOT(startMeasurement()));
+    connect(ui->stopButton, SIGNAL(released()), SLOT(stopMeasurement()));
+    connect(ui->saveButton, SIGNAL(released()), SLOT(saveData()));
+    connect(ui->buttonBox, SIGNAL(clicked(QAbstractButton*)), SLOT(stopMeasurement()));
+    connect(ui->buttonBox, SIGNAL(accepted()), SLOT(accept()));
+    connect(ui->buttonBox, SIGNAL(rejected()), SLOT(reject()));
+    // Escape closes a dialog without a close event.
+    connect(this, SIGNAL(rejected()), SLOT(stopMeasurement()));
+}
+
+WindowRocking3D::~WindowRocking3D() = default;
+
+void WindowRocking3D::startMeasurement()
+{
+    if (walking)
+        return;
+    xStart = ui->xMinBox->value();
+    xSpan = ui->xMaxBox->value() - ui->xMinBox->value();
+    yStart = ui->yMinBox->value();
+    ySpan = ui->yMaxBox->value() - ui->yMinBox->value();
+    stepTimeMs = quint64(ui->timeBox->value());
+    stopRequested = false;
+    measure();
+}
+
+void WindowRocking3D::measure()
+{
+    DeviceFile amplifier(amplifierDevicePath[0], O_RDWR | O_SYNC);
+    DeviceFile outputUnit(outputDevicePath, O_RDWR | O_SYNC);
+    std::fill(std::begin(rawCurrent), std::end(rawCurrent), 0.0f);
+    std::fill(std::begin(normalisedCurrent), std::end(normalisedCurrent), 0.0f);
+    mailbox->setFBenable(0);
+    mailbox->setOutputMux(0);
+    const auto stepMicroseconds = static_cast<unsigned long>(stepTimeMs * 1000);
+
+    const QPointer<WindowRocking3D> self(this);
+    walking = true;
+    for (int point = 0; point < surface_walk::points; ++point) {
+        setOutputs(outputUnit, surface_walk::lineVolts(point / surface_walk::side, xStart, xSpan),
+                   surface_walk::lineVolts(point % surface_walk::side, yStart, ySpan));
+        pauseMicroseconds(stepMicroseconds);
+        rawCurrent[point] = averagedSum(amplifier, stepMicroseconds);
+        surface_walk::normalise(rawCurrent, normalisedCurrent);
+        ui->graph3D->setData(normalisedCurrent, surface_walk::side, surface_walk::side);
+        ui->graph3D->update();
+        pauseMicroseconds(stepMicroseconds);
+        if (!serveEvents(this) || stopRequested)
+            break;
+    }
+    mailbox->setOutputMux(1);
+    if (self)
+        walking = false;
+}
+
+void WindowRocking3D::stopMeasurement()
+{
+    stopRequested = true;
+}
+
+void WindowRocking3D::closeEvent(QCloseEvent*)
+{
+    stopRequested = true;
+}
+
+QString WindowRocking3D::fileHeader() const
+{
+    // The capitals are no format letters: the files carry the two letters "DD" in place of the day.
+    return surface_walk::header(QDateTime::currentDateTime().toString(QStringLiteral("hh:mm:ss DD.MM.yyyy")),
+                                QHostInfo::localHostName());
+}
+
+void WindowRocking3D::saveData()
+{
+    const QString proposed = QStringLiteral("KORA_rock3D_") +
+                             QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_hh-mm-ss")) +
+                             QStringLiteral(".csv");
+    const QPointer<WindowRocking3D> self(this);
+    const QString chosen = QFileDialog::getSaveFileName(this, QStringLiteral("DialogTitle"), proposed,
+                                                        QStringLiteral("CSV files (*.csv)"));
+    if (!self || chosen.isEmpty())
+        return;
+    QFile file(chosen);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return;
+    QTextStream stream(&file);
+    stream << fileHeader();
+    surface_walk::writeRows(stream, {xStart, xSpan, yStart, ySpan}, rawCurrent);
+}
