@@ -6,8 +6,8 @@
 
 class SurfacePlot;
 
-/// Shows a surface over a grid; dragging turns it: the left button about x and y, the right one about x and z.
-/// Fixed-function OpenGL. GUI thread.
+/// Shows a surface over a grid; dragging turns it: the left button about x and y, the right one about x and
+/// z. Fixed-function OpenGL. GUI thread.
 class Graph3D : public QGLWidget
 {
     Q_OBJECT

@@ -8,8 +8,8 @@
 
 namespace {
 
-/// An event loop refuses to start, with -1, from the moment that the application has been told to exit; Qt has no
-/// other way to ask. Without a running event loop there is nothing that waits for the caller.
+/// An event loop refuses to start, with -1, from the moment that the application has been told to exit; Qt
+/// has no other way to ask. Without a running event loop there is nothing that waits for the caller.
 bool applicationIsQuitting()
 {
     if (QThread::currentThread()->loopLevel() == 0)

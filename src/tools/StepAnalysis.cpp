@@ -31,7 +31,8 @@ int indexBefore(const std::vector<double>& samples, int from, double level)
     return int(samples.size()) - 1;
 }
 
-struct Levels {
+struct Levels
+{
     double low;
     double high;
 };

@@ -5,7 +5,8 @@
 /// Arithmetic of the step response: levels, crossings and times of a sampled step. Plain values in and out.
 namespace step_analysis {
 
-struct Result {
+struct Result
+{
     double low;  ///< level before the step: mean of the lowest tenth of the samples
     double high; ///< level after the step: mean of the highest tenth
     double dy;   ///< high - low
@@ -19,8 +20,8 @@ struct Result {
     double tSettle; ///< tHigh - tLow
 };
 
-/// True when the response falls as the stimulus rises: their mean product over the first 100 samples is greater than
-/// over all samples.
+/// True when the response falls as the stimulus rises: their mean product over the first 100 samples is
+/// greater than over all samples.
 bool isInverted(const std::vector<double>& response, const std::vector<double>& stimulus);
 
 /// @param response, stimulus  samples of a rising response and of the output that causes it, of equal length,
@@ -28,7 +29,7 @@ bool isInverted(const std::vector<double>& response, const std::vector<double>& 
 /// @param bias, step  what the output was told, V; the stimulus edge is searched at bias + 0.5 * step
 /// @param rateHz  samples a second
 /// A crossing that is not found counts as the last sample.
-Result analyse(const std::vector<double>& response, const std::vector<double>& stimulus, double bias, double step,
-               double rateHz);
+Result analyse(const std::vector<double>& response, const std::vector<double>& stimulus, double bias,
+               double step, double rateHz);
 
 } // namespace step_analysis

@@ -8,7 +8,8 @@ namespace {
 constexpr int lanes = 16;
 static_assert(surface_walk::points % lanes == 0);
 
-struct Extremes {
+struct Extremes
+{
     float minimum;
     float maximum;
 };
@@ -66,7 +67,8 @@ void surface_walk::writeRows(QTextStream& stream, const Range& range, const floa
     for (int i = 0; i < side; ++i) {
         const double x = lineVolts(i, range.xStart, range.xSpan);
         for (int j = 0; j < side; ++j) {
-            stream << x << "," << lineVolts(j, range.yStart, range.ySpan) << "," << raw[i * side + j] << "\r\n";
+            stream << x << "," << lineVolts(j, range.yStart, range.ySpan) << "," << raw[i * side + j]
+                   << "\r\n";
         }
     }
 }

@@ -4,14 +4,16 @@
 
 class QTextStream;
 
-/// Arithmetic of the walk over a grid of voltage pairs: voltages, scaling of the measured currents, saved rows.
+/// Arithmetic of the walk over a grid of voltage pairs: voltages, scaling of the measured currents, saved
+/// rows.
 namespace surface_walk {
 
 constexpr int side = 64;
 constexpr int points = side * side;
 
 /// The walked voltages: start and span of both outputs, V. A negative span walks downward.
-struct Range {
+struct Range
+{
     double xStart;
     double xSpan;
     double yStart;
@@ -29,7 +31,8 @@ void normalise(const float* raw, float* normalised);
 /// @param dateAndTime  as it is shown, @param host  name of this machine
 QString header(const QString& dateAndTime, const QString& host);
 
-/// One row a grid point, "X volts,Y volts,current" with six significant digits and CR LF, X in the outer loop.
+/// One row a grid point, "X volts,Y volts,current" with six significant digits and CR LF, X in the outer
+/// loop.
 /// @param raw  `points` values, A, that of the lines (i, j) at i * 64 + j
 void writeRows(QTextStream& stream, const Range& range, const float* raw);
 

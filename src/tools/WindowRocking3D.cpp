@@ -46,7 +46,8 @@ float averagedSum(DeviceFile& amplifier, unsigned long stepMicroseconds)
 
 } // namespace
 
-WindowRocking3D::WindowRocking3D(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowRocking3D>())
+WindowRocking3D::WindowRocking3D(QWidget* parent)
+    : QDialog(parent), ui(std::make_unique<Ui::WindowRocking3D>())
 {
     ui->setupUi(this);
     detachEnterKey(this);

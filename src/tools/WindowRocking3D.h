@@ -10,14 +10,15 @@ namespace Ui {
 class WindowRocking3D;
 }
 
-/// Walks outputs 0 and 1 over a grid of 64 by 64 voltage pairs, with the feedback off, and shows the total current of
-/// BPM1 at each pair as a surface.
+/// Walks outputs 0 and 1 over a grid of 64 by 64 voltage pairs, with the feedback off, and shows the total
+/// current of BPM1 at each pair as a surface.
 ///
-/// The walk runs inside measure() on the GUI thread and serves events after each grid point. Save may be pressed
-/// meanwhile and writes the points so far. A second Go is refused while a walk runs: a nested walk would hand the
-/// outputs back to the loop at its end, and the outer one would then fill the same grid with currents that do not
-/// belong to its voltages. The walk ends early by Stop, by closing or destroying the window, or when the program
-/// quits; the output multiplexer then goes back to the loop and the device files are closed.
+/// The walk runs inside measure() on the GUI thread and serves events after each grid point. Save may be
+/// pressed meanwhile and writes the points so far. A second Go is refused while a walk runs: a nested walk
+/// would hand the outputs back to the loop at its end, and the outer one would then fill the same grid with
+/// currents that do not belong to its voltages. The walk ends early by Stop, by closing or destroying the
+/// window, or when the program quits; the output multiplexer then goes back to the loop and the device files
+/// are closed.
 class WindowRocking3D : public QDialog
 {
     Q_OBJECT

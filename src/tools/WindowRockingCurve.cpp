@@ -25,7 +25,8 @@ namespace {
 constexpr int channelColours[4][3] = {{255, 255, 135}, {255, 130, 255}, {130, 255, 130}, {130, 210, 250}};
 
 /// Pens of the traces until the first scan; the last one stays.
-struct TracePen {
+struct TracePen
+{
     int rgba[4];
     double width;
 };
@@ -33,7 +34,8 @@ constexpr TracePen tracePens[3] = {
     {{250, 250, 135, 240}, 2.0}, {{255, 120, 255, 240}, 2.0}, {{240, 240, 240, 240}, 3.0}};
 
 /// What one scan drives, as the settings file has it at its start.
-struct Drive {
+struct Drive
+{
     int swept;
     int held;
     double heldVolts;

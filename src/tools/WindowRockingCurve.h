@@ -10,13 +10,13 @@ namespace Ui {
 class WindowRockingCurve;
 }
 
-/// Scans one analogue output through a voltage range, with the feedback off, and draws the currents of two opposite
-/// electrodes of BPM1 and their sum against the voltage.
+/// Scans one analogue output through a voltage range, with the feedback off, and draws the currents of two
+/// opposite electrodes of BPM1 and their sum against the voltage.
 ///
-/// The scan runs inside startMeasurement() on the GUI thread and serves events after each point. Controls stay
-/// enabled: a changed number of points or range acts at once on the running scan, and a press of Start nests another
-/// scan in it. Closing the window does not end a scan; destroying it, or quitting the program, does: the output
-/// multiplexer goes back to the loop and the device files are closed.
+/// The scan runs inside startMeasurement() on the GUI thread and serves events after each point. Controls
+/// stay enabled: a changed number of points or range acts at once on the running scan, and a press of Start
+/// nests another scan in it. Closing the window does not end a scan; destroying it, or quitting the program,
+/// does: the output multiplexer goes back to the loop and the device files are closed.
 class WindowRockingCurve : public QDialog
 {
     Q_OBJECT

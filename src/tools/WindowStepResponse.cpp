@@ -171,7 +171,8 @@ void WindowStepResponse::showTool()
 
 void WindowStepResponse::selector_radioButton_changed()
 {
-    const struct {
+    const struct
+    {
         QRadioButton* selector;
         QDoubleSpinBox* step;
     } axes[] = {{ui->stepInXbutton, ui->posXStepDoubleSpinBox},
@@ -188,7 +189,8 @@ WindowStepResponse::Run WindowStepResponse::requestedRun() const
 {
     int outputX, outputY, unused, outputI0;
     configFile->readDACpos(&outputX, &outputY, &unused, &outputI0);
-    const struct {
+    const struct
+    {
         const QRadioButton* selector;
         int output;
         double bias;
@@ -198,8 +200,8 @@ WindowStepResponse::Run WindowStepResponse::requestedRun() const
                  ui->posXStepDoubleSpinBox->value(), SlotPos1X},
                 {ui->stepInYbutton, outputY, ui->posYbiasDoubleSpinBox->value(),
                  ui->posYStepDoubleSpinBox->value(), SlotPos1Y},
-                {ui->stepInI0button, outputI0, ui->i0biasDoubleSpinBox->value(), ui->i0StepDoubleSpinBox->value(),
-                 SlotInt1}};
+                {ui->stepInI0button, outputI0, ui->i0biasDoubleSpinBox->value(),
+                 ui->i0StepDoubleSpinBox->value(), SlotInt1}};
     // The output that no axis drives stays at 0 V.
     Run run = {{}, {}, noSlot, SlotPos1X, 0, 0};
     for (const auto& axis : axes) {
@@ -207,7 +209,8 @@ WindowStepResponse::Run WindowStepResponse::requestedRun() const
         run.stepped.set(axis.output, axis.bias + axis.step);
         if (axis.selector->isChecked()) {
             run.stimulusSlot = OutputRecord::hasOutput(axis.output) ? SlotDac + axis.output : noSlot;
-            run.responseSlot = axis.responseSlot + (ui->useBPM2checkbox->isChecked() ? slotsBetweenMonitors : 0);
+            run.responseSlot =
+                axis.responseSlot + (ui->useBPM2checkbox->isChecked() ? slotsBetweenMonitors : 0);
             run.bias = axis.bias;
             run.step = axis.step;
         }
@@ -237,7 +240,8 @@ void WindowStepResponse::stepRespProcedure()
             return;
     }
 
-    // Zeroed before the outputs move: a short read leaves zeros, and nothing comes between the writes and the read.
+    // Zeroed before the outputs move: a short read leaves zeros, and nothing comes between the writes and the
+    // read.
     std::vector<unsigned char> block(largestBlockBytes, 0);
     mailbox->setOutputMux(0);
     Run run = requestedRun();

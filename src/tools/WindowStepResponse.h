@@ -15,11 +15,11 @@ namespace Ui {
 class WindowStepResponse;
 }
 
-/// Applies one voltage step to an output and derives gain, dead time and settling time of the beam's answer from one
-/// block of the display stream.
+/// Applies one voltage step to an output and derives gain, dead time and settling time of the beam's answer
+/// from one block of the display stream.
 ///
-/// The procedure is one blocking call on the GUI thread of about a third of a second. It leaves the feedback off, the
-/// outputs at their biases and the display rate at 50 kHz, so that the next run starts at once.
+/// The procedure is one blocking call on the GUI thread of about a third of a second. It leaves the feedback
+/// off, the outputs at their biases and the display rate at 50 kHz, so that the next run starts at once.
 class WindowStepResponse : public QDialog
 {
     Q_OBJECT
@@ -37,7 +37,8 @@ private slots:
 
 private:
     /// One run as the form asks for it: what is written, and where in a record its effect is found.
-    struct Run {
+    struct Run
+    {
         OutputRecord base;
         OutputRecord stepped;
         int stimulusSlot;
