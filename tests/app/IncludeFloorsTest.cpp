@@ -1,0 +1,229 @@
+#include <QDir>
+#include <QDirIterator>
+#include <QRegularExpression>
+#include <QtTest>
+
+namespace {
+
+/// The floors of the program, from the ground. A file includes only from its own floor or below.
+enum Floor
+{
+    Ground,
+    Records,
+    HardwareAccess,
+    Widgets,
+    Windows,
+    Board,
+    Start
+};
+
+/// Floor of a file by its path below src/.
+Floor floorOf(const QString& path)
+{
+    static const QStringList access{QStringLiteral("MailboxComm"), QStringLiteral("ConfigFile"),
+                                    QStringLiteral("Updater"), QStringLiteral("BufferWindow")};
+    const QString folder = path.section(QLatin1Char('/'), 0, -2);
+    const QString unit = path.section(QLatin1Char('/'), -1).section(QLatin1Char('.'), 0, 0);
+    if (path == QLatin1String("app/main.cpp"))
+        return Start;
+    if (unit == QLatin1String("MainWindow"))
+        return Board;
+    // The log window and its parts stand in the logger's folder, yet they are windows.
+    const bool partOfTheLogWindow =
+        folder == QLatin1String("logging") && unit.contains(QLatin1String("Window"));
+    if (partOfTheLogWindow || unit.startsWith(QLatin1String("Window")) ||
+        unit == QLatin1String("DialogLogin") || unit == QLatin1String("about"))
+        return Windows;
+    if (unit == QLatin1String("Globals") || folder == QLatin1String("logging"))
+        return Ground;
+    if (access.contains(unit))
+        return HardwareAccess;
+    if (folder == QLatin1String("hardware") || folder == QLatin1String("stream"))
+        return Records;
+    // What a panel or a window is made of: graphs, panels, and the units of arithmetic and procedure beside
+    // them.
+    return Widgets;
+}
+
+bool mayIncludeTheBoard(const QString& path)
+{
+    return path == QLatin1String("app/main.cpp") || path.startsWith(QLatin1String("app/MainWindow."));
+}
+
+/// What is wrong with one file of the program that takes another, as a line for the reader; empty if nothing
+/// is.
+QString complaint(const QString& path, const QString& included)
+{
+    if (included == QLatin1String("app/MainWindow.h") && !mayIncludeTheBoard(path))
+        return QStringLiteral("%1 includes the main window").arg(path);
+    if (floorOf(included) > floorOf(path))
+        return QStringLiteral("%1 includes %2 from a floor above").arg(path, included);
+    return QString();
+}
+
+QString sourceFolder()
+{
+    return QStringLiteral(KORA_SOURCE_FOLDER "/src/");
+}
+
+QString textOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+/// Paths that a text takes by the expression's first group.
+QStringList captures(const QString& text, const QRegularExpression& expression)
+{
+    QStringList found;
+    for (auto match = expression.globalMatch(text); match.hasNext();)
+        found.append(match.next().captured(1));
+    return found;
+}
+
+QStringList quotedIncludes(const QString& text)
+{
+    static const QRegularExpression include(QStringLiteral("^[ \\t]*#[ \\t]*include[ \\t]*\"([^\"]+)\""),
+                                            QRegularExpression::MultilineOption);
+    return captures(text, include);
+}
+
+/// Headers of the widgets that a form places.
+QStringList promotedHeaders(const QString& form)
+{
+    static const QRegularExpression header(QStringLiteral("<header[^>]*>([^<]+)</header>"));
+    return captures(form, header);
+}
+
+bool isGenerated(const QString& included)
+{
+    return included.startsWith(QLatin1String("ui_")) || included.endsWith(QLatin1String(".moc"));
+}
+
+QStringList sourceFiles()
+{
+    QStringList files;
+    QDirIterator iterator(sourceFolder(), {QStringLiteral("*.h"), QStringLiteral("*.cpp")}, QDir::Files,
+                          QDirIterator::Subdirectories);
+    while (iterator.hasNext())
+        files.append(QDir(sourceFolder()).relativeFilePath(iterator.next()));
+    return files;
+}
+
+} // namespace
+
+class IncludeFloorsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void noFileIncludesFromAFloorAbove()
+    {
+        QStringList complaints;
+        int includes = 0;
+        for (const QString& path : sourceFiles()) {
+            for (const QString& included : quotedIncludes(textOf(sourceFolder() + path))) {
+                ++includes;
+                if (!isGenerated(included))
+                    complaints.append(complaint(path, included));
+            }
+        }
+        complaints.removeAll(QString());
+        QVERIFY2(complaints.isEmpty(), qPrintable(complaints.join(QLatin1Char('\n'))));
+        QVERIFY(includes > 100);
+    }
+
+    void everyIncludeIsAFileOfTheProgram()
+    {
+        QStringList strangers;
+        for (const QString& path : sourceFiles()) {
+            for (const QString& included : quotedIncludes(textOf(sourceFolder() + path))) {
+                if (!isGenerated(included) && !QFile::exists(sourceFolder() + included))
+                    strangers.append(path + QLatin1String(" includes ") + included);
+            }
+        }
+        QVERIFY2(strangers.isEmpty(), qPrintable(strangers.join(QLatin1Char('\n'))));
+    }
+
+    void formsPlaceOnlyWidgetsFromBelow()
+    {
+        const QDir forms(QStringLiteral(KORA_SOURCE_FOLDER "/forms"));
+        QStringList complaints;
+        for (const QString& form : forms.entryList({QStringLiteral("*.ui")})) {
+            // A form belongs to the class of its name, in whatever folder that is.
+            const QString owner = QStringLiteral("forms/") + form;
+            for (const QString& header : promotedHeaders(textOf(forms.filePath(form)))) {
+                if (QFile::exists(sourceFolder() + header))
+                    complaints.append(complaint(owner, header));
+            }
+        }
+        complaints.removeAll(QString());
+        QVERIFY2(complaints.isEmpty(), qPrintable(complaints.join(QLatin1Char('\n'))));
+    }
+
+    void floorsAreToldApart_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<int>("floor");
+        QTest::newRow("logger") << "logging/Logger.cpp" << int(Ground);
+        QTest::newRow("globals") << "app/Globals.h" << int(Ground);
+        QTest::newRow("record") << "stream/DisplayRecord.h" << int(Records);
+        QTest::newRow("library") << "hardware/koralink.h" << int(Records);
+        QTest::newRow("gateway") << "hardware/MailboxComm.cpp" << int(HardwareAccess);
+        QTest::newRow("decoder") << "stream/Updater.h" << int(HardwareAccess);
+        QTest::newRow("graph") << "graphs/WidgetGraphXY.cpp" << int(Widgets);
+        QTest::newRow("panel") << "support/WidgetPico.h" << int(Widgets);
+        QTest::newRow("window") << "support/WindowPico.h" << int(Windows);
+        QTest::newRow("log window") << "logging/LogWindow.h" << int(Windows);
+        QTest::newRow("login") << "support/DialogLogin.h" << int(Windows);
+        QTest::newRow("board") << "app/MainWindow.cpp" << int(Board);
+        QTest::newRow("main") << "app/main.cpp" << int(Start);
+    }
+    void floorsAreToldApart()
+    {
+        QFETCH(QString, path);
+        QTEST(int(floorOf(path)), "floor");
+    }
+
+    void aStepUpIsComplainedOf_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("included");
+        QTest::addColumn<bool>("allowed");
+        QTest::newRow("widget of a window") << "support/WidgetPico.cpp"
+                                            << "support/WindowPico.h" << false;
+        QTest::newRow("window of a widget") << "support/WindowPico.cpp"
+                                            << "support/WidgetPico.h" << true;
+        QTest::newRow("record of the gateway") << "stream/DeviceRecords.h"
+                                               << "hardware/MailboxComm.h" << false;
+        QTest::newRow("logger of a record") << "logging/Logger.cpp"
+                                            << "stream/DisplayRecord.h" << false;
+        QTest::newRow("own floor") << "feedback/WindowROC_ROI.cpp"
+                                   << "feedback/WindowBeamlineConf.h" << true;
+        QTest::newRow("main window of a window") << "support/DialogLogin.cpp"
+                                                 << "app/MainWindow.h" << false;
+        QTest::newRow("main window of the logger") << "logging/Logger.cpp"
+                                                   << "app/MainWindow.h" << false;
+        QTest::newRow("main window of main") << "app/main.cpp"
+                                             << "app/MainWindow.h" << true;
+        QTest::newRow("main window of itself") << "app/MainWindow.cpp"
+                                               << "app/MainWindow.h" << true;
+    }
+    void aStepUpIsComplainedOf()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, included);
+        QTEST(complaint(path, included).isEmpty(), "allowed");
+    }
+
+    void includesAreReadWhateverTheirBlanks()
+    {
+        const QString text =
+            QStringLiteral("#include \"a/b.h\"\n  # include  \"c.h\" // why\n#include <QDir>\n"
+                           "// #include \"d.h\"\n");
+        QCOMPARE(quotedIncludes(text), QStringList({QStringLiteral("a/b.h"), QStringLiteral("c.h")}));
+    }
+};
+
+QTEST_APPLESS_MAIN(IncludeFloorsTest)
+#include "IncludeFloorsTest.moc"
