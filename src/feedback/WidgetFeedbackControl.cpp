@@ -1,0 +1,264 @@
+#include "feedback/WidgetFeedbackControl.h"
+
+#include "app/Globals.h"
+#include "hardware/ConfigFile.h"
+#include "hardware/LoopConfiguration.h"
+#include "hardware/MailboxComm.h"
+#include "ui_WidgetFeedbackControl.h"
+
+#include <QMessageBox>
+#include <QStyle>
+#include <QTimer>
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr int refreshIntervalMs = 1000;
+constexpr int outputCount = 4;
+
+struct StatisticsField
+{
+    const char* object; ///< of BPM1; that of BPM2 ends in "_2"
+    double BPMStatsBlock::*value;
+    double* scale; ///< by BPM, null for none
+    char format;
+    int precision[2]; ///< by BPM; decimals or significant digits
+    const char* unit;
+};
+
+// The decimals differ between X and Y, and between the monitors, as operators are used to.
+constexpr StatisticsField statisticsTable[] = {
+    {"posXMeanLineEdit", &BPMStatsBlock::posXMean, bpmScaleX, 'f', {3, 3}, " um"},
+    {"posXStdLineEdit", &BPMStatsBlock::posXStd, bpmScaleX, 'f', {6, 6}, " um"},
+    {"posXStdFiltLineEdit", &BPMStatsBlock::posXStdFilt, bpmScaleX, 'f', {6, 6}, " um"},
+    {"posYMeanLineEdit", &BPMStatsBlock::posYMean, bpmScaleY, 'f', {5, 5}, " um"},
+    {"posYStdLineEdit", &BPMStatsBlock::posYStd, bpmScaleY, 'f', {5, 5}, " um"},
+    {"posYStdFiltLineEdit", &BPMStatsBlock::posYStdFilt, bpmScaleY, 'f', {6, 6}, " um"},
+    {"i0MeanLineEdit", &BPMStatsBlock::i0Mean, nullptr, 'g', {4, 4}, " A"},
+    {"i0StdLineEdit", &BPMStatsBlock::i0Std, nullptr, 'g', {4, 4}, " A"},
+    {"i0StdFiltLineEdit", &BPMStatsBlock::i0StdFilt, nullptr, 'g', {4, 6}, " A"},
+};
+
+struct StatusRow
+{
+    PID_Status_Type status;
+    const char* text;
+    QLed::ledColor color;
+};
+
+constexpr StatusRow statusTable[] = {
+    {PidStatusOff, "Feedback OFF", QLed::Grey},
+    {PidStatusOutOfRoc, "FAULT: Out of ROC", QLed::Red},
+    {PidStatusBeamOff, "Beam OFF", QLed::Purple},
+    {PidStatusOn, "Feedback ON", QLed::Green},
+};
+
+} // namespace
+
+WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent)
+    : QWidget(parent), ui(new Ui::WidgetFeedbackControl)
+{
+    ui->setupUi(this);
+    findFields();
+    showStoredOutputs();
+
+    ui->buttonFdbk->setCheckable(true);
+    ui->buttonFdbk->setIconSize(QSize(24, 24));
+    ui->buttonFdbk->setText(QStringLiteral("Enable Feedback"));
+    ui->buttonFdbk->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
+    ui->heartbeatLed->setShape(QLed::Rounded);
+
+    connect(ui->buttonFdbk, SIGNAL(toggled(bool)), this, SLOT(fdbkStatusChanged(bool)));
+    connect(ui->buttonUpdate, SIGNAL(released()), this, SLOT(sendNewSetpoint()));
+    connect(ui->updateConfButton, SIGNAL(released()), this, SLOT(updateButtonPressed()));
+    connect(ui->resetPIDbutton, SIGNAL(released()), this, SLOT(resetPIDControllerPressed()));
+
+    auto* timer = new QTimer(this);
+    connect(timer, SIGNAL(timeout()), this, SLOT(refreshFields()));
+    timer->start(refreshIntervalMs);
+
+    checkUserLevel();
+    refreshFields();
+}
+
+WidgetFeedbackControl::~WidgetFeedbackControl() = default;
+
+void WidgetFeedbackControl::findFields()
+{
+    static_assert(loops == loopCount);
+    static_assert(statistics == std::size(statisticsTable));
+    for (int loop = 0; loop < loops; ++loop) {
+        const QString name = QString::fromLatin1(loopNames[loop]);
+        regulated[loop] = findChild<QCheckBox*>(QStringLiteral("conf%1checkbox").arg(name));
+        outputs[loop] = findChild<QComboBox*>(QStringLiteral("position%1ComboBox").arg(name));
+        sources[loop] = findChild<QComboBox*>(QStringLiteral("comboBoxPidSource%1").arg(name));
+    }
+    for (int i = 0; i < statistics; ++i) {
+        const QString name = QString::fromLatin1(statisticsTable[i].object);
+        statisticsFields[0][i] = findChild<QLineEdit*>(name);
+        statisticsFields[1][i] = findChild<QLineEdit*>(name + QStringLiteral("_2"));
+    }
+}
+
+void WidgetFeedbackControl::showStoredOutputs()
+{
+    int stored[loops];
+    configFile->readDACpos(&stored[LoopXlf], &stored[LoopXhf], &stored[LoopYlf], &stored[LoopYhf]);
+    for (int loop = 0; loop < loops; ++loop) {
+        // A number that is no output leaves the field as it is: an empty field could be sent.
+        if (stored[loop] >= 0 && stored[loop] < outputCount)
+            outputs[loop]->setCurrentIndex(stored[loop]);
+    }
+}
+
+void WidgetFeedbackControl::refreshFields()
+{
+    showStatistics();
+    updateHeartbeat(PID_Status_Type(mailbox->pidStatus));
+    showFeedbackButton();
+}
+
+void WidgetFeedbackControl::showStatistics()
+{
+    for (int bpm = 0; bpm < 2; ++bpm) {
+        if (mailbox->nrIonBars == 3 || mailbox->nrIonBars == bpm + 1)
+            showStatistics(bpm);
+    }
+}
+
+void WidgetFeedbackControl::showStatistics(int bpm)
+{
+    for (int i = 0; i < statistics; ++i) {
+        const StatisticsField& field = statisticsTable[i];
+        const double scale = field.scale ? field.scale[bpm] : 1.0;
+        const double value = mailbox->stats.bpm[bpm].*field.value * scale;
+        statisticsFields[bpm][i]->setText(QString::number(value, field.format, field.precision[bpm]) +
+                                          QLatin1String(field.unit));
+    }
+}
+
+void WidgetFeedbackControl::updateHeartbeat(PID_Status_Type PID_Status)
+{
+    for (const StatusRow& row : statusTable) {
+        if (row.status == PID_Status) {
+            ui->heartbeatLed->setOffColor(row.color);
+            ui->heartbeatLabel->setText(QString::fromLatin1(row.text));
+        }
+    }
+}
+
+void WidgetFeedbackControl::showFeedbackButton()
+{
+    const bool off = mailbox->pidStatus == PidStatusOff;
+    ui->buttonFdbk->setText(off ? QStringLiteral("Enable Feedback") : QStringLiteral("Disable Feedback"));
+    ui->buttonFdbk->setIcon(style()->standardIcon(off ? QStyle::SP_MediaPlay : QStyle::SP_MediaStop));
+}
+
+void WidgetFeedbackControl::fdbkStatusChanged(bool enable)
+{
+    fdbkEnabled = enable;
+    mailbox->setFBenable(enable);
+}
+
+void WidgetFeedbackControl::sendNewSetpoint()
+{
+    const double x = ui->posXDoubleSpinBox->value();
+    const double y = ui->posYDoubleSpinBox->value();
+    mailbox->setSetpoints(x, x, y, y);
+    ui->posXDoubleSpinBox->markSent();
+    ui->posYDoubleSpinBox->markSent();
+    emit somethingChanged();
+}
+
+void WidgetFeedbackControl::updateXYfields()
+{
+    double x = std::numeric_limits<double>::quiet_NaN();
+    double y = x;
+    mailbox->getSetpoints(&x, nullptr, &y, nullptr);
+    ui->posXDoubleSpinBox->showSetpoint(x);
+    ui->posYDoubleSpinBox->showSetpoint(y);
+}
+
+void WidgetFeedbackControl::updateButtonPressed()
+{
+    if (pidIsRunning(mailbox->pidStatus)) {
+        QMessageBox::warning(nullptr, QStringLiteral("PID running ..."),
+                             QStringLiteral("Configuration can be change only if the PID is stopped."),
+                             QMessageBox::Ok);
+        return;
+    }
+    if (sendOutputs() < 0)
+        return;
+
+    bpmSelXlf = sources[LoopXlf]->currentIndex();
+    bpmSelXhf = sources[LoopXhf]->currentIndex();
+    bpmSelYlf = sources[LoopYlf]->currentIndex();
+    bpmSelYhf = sources[LoopYhf]->currentIndex();
+    mailbox->setBPMselector(bpmSelXlf, bpmSelXhf, bpmSelYlf, bpmSelYhf);
+    emit BPMselectorChanged();
+
+    int mask = 0;
+    for (int loop = 0; loop < loops; ++loop)
+        mask |= regulated[loop]->isChecked() ? loopBit(loop) : 0;
+    const int item = loopConfigurationCode(mask);
+    mailbox->setPIDconf(static_cast<signed char>(item));
+    confChanged(item);
+    emit somethingChanged();
+}
+
+int WidgetFeedbackControl::sendOutputs()
+{
+    int chosen[loops];
+    for (int loop = 0; loop < loops; ++loop)
+        chosen[loop] = outputs[loop]->currentIndex();
+
+    int sorted[loops];
+    std::copy(std::begin(chosen), std::end(chosen), sorted);
+    std::sort(std::begin(sorted), std::end(sorted));
+    outputsUnique = std::adjacent_find(std::begin(sorted), std::end(sorted)) == std::end(sorted);
+    if (!outputsUnique) {
+        QMessageBox::warning(nullptr, QStringLiteral("DAC outputs not unique"),
+                             QStringLiteral("DAC outputs must be unique"), QMessageBox::Ok);
+        return -1;
+    }
+    configFile->writeDACpos(chosen[LoopXlf], chosen[LoopXhf], chosen[LoopYlf], chosen[LoopYhf]);
+    mailbox->setPIDoutSel(
+        static_cast<unsigned char>(chosen[LoopXlf]), static_cast<unsigned char>(chosen[LoopXhf]),
+        static_cast<unsigned char>(chosen[LoopYlf]), static_cast<unsigned char>(chosen[LoopYhf]));
+    return 0;
+}
+
+void WidgetFeedbackControl::confChanged(int item)
+{
+    if (const LoopConfiguration* row = loopConfiguration(item)) {
+        for (int loop = 0; loop < loops; ++loop)
+            regulated[loop]->setChecked(row->runs(loop));
+        ui->posXDoubleSpinBox->setEnabled(row->setpointX);
+        ui->posYDoubleSpinBox->setEnabled(row->setpointY);
+    } else {
+        ui->posXDoubleSpinBox->setEnabled(false);
+        ui->posYDoubleSpinBox->setEnabled(false);
+    }
+    emit somethingChanged();
+}
+
+void WidgetFeedbackControl::resetPIDControllerPressed()
+{
+    mailbox->setCtrlReset();
+}
+
+void WidgetFeedbackControl::nr_ionbars_changed(int mask)
+{
+    ui->BPM2label->setVisible(mask != 1);
+    ui->bpm2Table->setVisible(mask != 1);
+}
+
+void WidgetFeedbackControl::checkUserLevel()
+{
+    if (userLevel == 0)
+        setEnabled(false);
+    else if (userLevel == 1 || userLevel == 2)
+        setEnabled(true);
+}
