@@ -29,8 +29,8 @@ Floor floorOf(const QString& path)
     if (unit == QLatin1String("MainWindow"))
         return Board;
     // The log window and its parts stand in the logger's folder, yet they are windows.
-    const bool partOfTheLogWindow =
-        folder == QLatin1String("logging") && unit.contains(QLatin1String("Window"));
+    static const QRegularExpression logWindowUnits(QStringLiteral("Window|^Log(TableView|RowHeader)$"));
+    const bool partOfTheLogWindow = folder == QLatin1String("logging") && unit.contains(logWindowUnits);
     if (partOfTheLogWindow || unit.startsWith(QLatin1String("Window")) ||
         unit == QLatin1String("DialogLogin") || unit == QLatin1String("about"))
         return Windows;
