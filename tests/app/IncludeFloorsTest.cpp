@@ -17,29 +17,54 @@ enum Floor
     Start
 };
 
+QString folderOf(const QString& path)
+{
+    return path.section(QLatin1Char('/'), 0, -2);
+}
+
+/// Name of a file without its suffixes.
+QString unitOf(const QString& path)
+{
+    return path.section(QLatin1Char('/'), -1).section(QLatin1Char('.'), 0, 0);
+}
+
+/// The log window and its parts stand in the logger's folder.
+Floor floorInLogging(const QString& unit)
+{
+    static const QRegularExpression partOfTheWindow(QStringLiteral("^Log(TableView|RowHeader|WindowModel)$"));
+    if (unit.contains(partOfTheWindow))
+        return Widgets;
+    return unit.contains(QLatin1String("Window")) ? Windows : Ground;
+}
+
+/// What the hardware gives and takes, in its own form and as plain tables; the rest of these folders are the
+/// objects that reach it, and their parts.
+Floor floorAtTheHardware(const QString& unit)
+{
+    static const QRegularExpression record(QStringLiteral(
+        "^(DisplayRecord|DeviceRecords|DeviceFile|PlotData|koralink|PidStatus|VersionText|SettingsPath|"
+        "LoopConfiguration|stub)$"));
+    return unit.contains(record) ? Records : HardwareAccess;
+}
+
 /// Floor of a file by its path below src/.
 Floor floorOf(const QString& path)
 {
-    static const QStringList access{QStringLiteral("MailboxComm"), QStringLiteral("ConfigFile"),
-                                    QStringLiteral("Updater"), QStringLiteral("BufferWindow")};
-    const QString folder = path.section(QLatin1Char('/'), 0, -2);
-    const QString unit = path.section(QLatin1Char('/'), -1).section(QLatin1Char('.'), 0, 0);
+    static const QRegularExpression window(QStringLiteral("^(Window.*|DialogLogin|about)$"));
+    const QString folder = folderOf(path);
+    const QString unit = unitOf(path);
+    if (folder == QLatin1String("logging"))
+        return floorInLogging(unit);
+    if (folder == QLatin1String("hardware") || folder == QLatin1String("stream"))
+        return floorAtTheHardware(unit);
     if (path == QLatin1String("app/main.cpp"))
         return Start;
     if (unit == QLatin1String("MainWindow"))
         return Board;
-    // The log window and its parts stand in the logger's folder, yet they are windows.
-    static const QRegularExpression logWindowUnits(QStringLiteral("Window|^Log(TableView|RowHeader)$"));
-    const bool partOfTheLogWindow = folder == QLatin1String("logging") && unit.contains(logWindowUnits);
-    if (partOfTheLogWindow || unit.startsWith(QLatin1String("Window")) ||
-        unit == QLatin1String("DialogLogin") || unit == QLatin1String("about"))
-        return Windows;
-    if (unit == QLatin1String("Globals") || folder == QLatin1String("logging"))
+    if (unit == QLatin1String("Globals"))
         return Ground;
-    if (access.contains(unit))
-        return HardwareAccess;
-    if (folder == QLatin1String("hardware") || folder == QLatin1String("stream"))
-        return Records;
+    if (unit.contains(window))
+        return Windows;
     // What a panel or a window is made of: graphs, panels, and the units of arithmetic and procedure beside
     // them.
     return Widgets;
@@ -95,11 +120,6 @@ QStringList promotedHeaders(const QString& form)
     return captures(form, header);
 }
 
-bool isGenerated(const QString& included)
-{
-    return included.startsWith(QLatin1String("ui_")) || included.endsWith(QLatin1String(".moc"));
-}
-
 QStringList sourceFiles()
 {
     QStringList files;
@@ -108,6 +128,22 @@ QStringList sourceFiles()
     while (iterator.hasNext())
         files.append(QDir(sourceFolder()).relativeFilePath(iterator.next()));
     return files;
+}
+
+/// Header of the class that a form belongs to, which has its name.
+QString ownerOf(const QString& form)
+{
+    const QString header = unitOf(form) + QStringLiteral(".h");
+    for (const QString& path : sourceFiles()) {
+        if (path.endsWith(QLatin1Char('/') + header))
+            return path;
+    }
+    return QString();
+}
+
+bool isGenerated(const QString& included)
+{
+    return included.startsWith(QLatin1String("ui_")) || included.endsWith(QLatin1String(".moc"));
 }
 
 } // namespace
@@ -150,8 +186,8 @@ private slots:
         const QDir forms(QStringLiteral(KORA_SOURCE_FOLDER "/forms"));
         QStringList complaints;
         for (const QString& form : forms.entryList({QStringLiteral("*.ui")})) {
-            // A form belongs to the class of its name, in whatever folder that is.
-            const QString owner = QStringLiteral("forms/") + form;
+            const QString owner = ownerOf(form);
+            QVERIFY2(!owner.isEmpty(), qPrintable(form + QLatin1String(" belongs to no class")));
             for (const QString& header : promotedHeaders(textOf(forms.filePath(form)))) {
                 if (QFile::exists(sourceFolder() + header))
                     complaints.append(complaint(owner, header));
@@ -171,9 +207,11 @@ private slots:
         QTest::newRow("library") << "hardware/koralink.h" << int(Records);
         QTest::newRow("gateway") << "hardware/MailboxComm.cpp" << int(HardwareAccess);
         QTest::newRow("decoder") << "stream/Updater.h" << int(HardwareAccess);
+        QTest::newRow("part of the decoder") << "stream/WindowDecoder.h" << int(HardwareAccess);
         QTest::newRow("graph") << "graphs/WidgetGraphXY.cpp" << int(Widgets);
         QTest::newRow("panel") << "support/WidgetPico.h" << int(Widgets);
         QTest::newRow("window") << "support/WindowPico.h" << int(Windows);
+        QTest::newRow("part of the log window") << "logging/LogTableView.h" << int(Widgets);
         QTest::newRow("log window") << "logging/LogWindow.h" << int(Windows);
         QTest::newRow("login") << "support/DialogLogin.h" << int(Windows);
         QTest::newRow("board") << "app/MainWindow.cpp" << int(Board);

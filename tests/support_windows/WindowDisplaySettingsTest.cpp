@@ -155,6 +155,15 @@ private slots:
         QCOMPARE(operate::lines(commands()), QStringList(QStringLiteral("setDisplayFreq(0, 1)")));
     }
 
+    void newRateAndWindowAreUsedByTheNextUpdate()
+    {
+        open();
+        samples()->setCurrentText(QStringLiteral("2048"));
+        press(QStringLiteral("OK"));
+        updater->updateGraphs();
+        QCOMPARE(operate::lines(callsOf("getBuffer")), QStringList(QStringLiteral("getBuffer(2048)")));
+    }
+
     void failingCommandKeepsTheNewRate()
     {
         open();
