@@ -10,8 +10,9 @@
 /// band-pass denominators 14, band-pass numerators 12 with edges 0.1 Hz apart and 14 with edges far apart. What
 /// double precision cannot hold is the filter's gain at low cut-offs, since the poles crowd at 1 and the sum of the
 /// denominator is the small rest of a cancellation: of the low-pass's unit gain at 0 Hz some 2 digits remain at
-/// 1.0 Hz, 3 at 2 Hz, 5 at 5 Hz, 7 at 10 Hz and 9 at 20 Hz. That is so for any rounding to double of a and does
-/// not come from the design.
+/// 1.0 Hz, 3 at 2 Hz, 5 at 5 Hz, 7 at 10 Hz and 8 at 20 Hz; of the band-pass's unit gain in the middle of the band
+/// some 4 with a lower edge of 1.0 Hz and 2 with edges 0.1 Hz apart. That is so for any rounding to double of a and
+/// does not come from the design.
 
 /// Low-pass: analogue Butterworth poles at the prewarped cut-off, taken over by the bilinear transform. The gain is
 /// 1 at 0 Hz and -3 dB at the cut-off.
