@@ -19,10 +19,14 @@ constexpr int index45 = 1;
 QString highVoltageText(int code)
 {
     switch (HighVoltageState(code)) {
-    case HighVoltageState::Off: return QStringLiteral("HV OFF");
-    case HighVoltageState::On: return QStringLiteral("HV ON");
-    case HighVoltageState::Rising: return QStringLiteral("HV rising");
-    case HighVoltageState::Falling: return QStringLiteral("HV falling");
+    case HighVoltageState::Off:
+        return QStringLiteral("HV OFF");
+    case HighVoltageState::On:
+        return QStringLiteral("HV ON");
+    case HighVoltageState::Rising:
+        return QStringLiteral("HV rising");
+    case HighVoltageState::Falling:
+        return QStringLiteral("HV falling");
     }
     return QString();
 }

@@ -8,9 +8,9 @@ namespace Ui {
 class BPM;
 }
 
-/// Panel of one beam position monitor: orientation, wiring, scale and offset, and the bias high voltage of its
-/// amplifier. Geometry is only shown and edited here, WindowBeamlineConf stores and sends it; the high-voltage
-/// buttons act at once. GUI thread only.
+/// Panel of one beam position monitor: orientation, wiring, scale and offset, and the bias high voltage of
+/// its amplifier. Geometry is only shown and edited here, WindowBeamlineConf stores and sends it; the
+/// high-voltage buttons act at once. GUI thread only.
 class BPM : public QGroupBox
 {
     Q_OBJECT

@@ -24,7 +24,7 @@ double scaleOfNanoradians(double nanoradiansPerCount)
 int offsetCounts(double offset, double scale, int minimum, int maximum)
 {
     const double counts = 0.5 * (fullRange - offset * fullRange / scale);
-    // Compared before the conversion: the counts reach beyond int, and a scale of 0 makes them infinite or no number.
+    // Compared before the conversion: the counts reach beyond int, and with a scale of 0 beyond every number.
     if (counts >= maximum)
         return maximum;
     return counts > minimum ? int(counts) : minimum;

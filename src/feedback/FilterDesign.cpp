@@ -14,8 +14,8 @@ constexpr Complex j(0.0, 1.0);
 /// Bilinear constant of a normalised sampling rate of 2.
 constexpr double normalisedRate = 4.0;
 
-/// Monic polynomial with these roots, highest power first. conv() lays its result out as its first argument, and
-/// takes a row of one element for a column: hence the factor comes first.
+/// Monic polynomial with these roots, highest power first. conv() lays its result out as its first argument,
+/// and takes a row of one element for a column: hence the factor comes first.
 arma::cx_rowvec polynomial(const std::vector<Complex>& roots)
 {
     arma::cx_rowvec coefficients = {Complex(1.0)};

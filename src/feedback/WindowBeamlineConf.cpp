@@ -58,7 +58,8 @@ void WindowBeamlineConf::nr_ionbars_changed(int mask)
 {
     ui->boxBPM1->setVisible(mask != 2);
     ui->boxBPM2->setVisible(mask != 1);
-    // Always the high voltage: the encoder settings stay out of the operator's reach, also with an encoder box.
+    // Always the high voltage: the encoder settings stay out of the operator's reach, also with an encoder
+    // box.
     for (int bpm = 0; bpm < 2; ++bpm)
         panel(bpm)->showHVpanel(false);
 }

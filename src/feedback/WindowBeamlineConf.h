@@ -9,8 +9,9 @@ namespace Ui {
 class WindowBeamlineConf;
 }
 
-/// Geometry and wiring of the two beam position monitors and the high voltage of their detectors. Save writes to the
-/// settings file, to bpmScaleX and bpmScaleY and to the hardware, whatever the hardware answers. GUI thread only.
+/// Geometry and wiring of the two beam position monitors and the high voltage of their detectors. Save writes
+/// to the settings file, to bpmScaleX and bpmScaleY and to the hardware, whatever the hardware answers. GUI
+/// thread only.
 class WindowBeamlineConf : public QDialog
 {
     Q_OBJECT

@@ -47,9 +47,10 @@ WindowFiltparams::Filter WindowFiltparams::filter(int band, int axis)
         return axis == axisX ? Filter{ui->comboBoxFilterXlf, ui->doubleSpinBoxXlfLow, nullptr, &aXlf, &bXlf}
                              : Filter{ui->comboBoxFilterYlf, ui->doubleSpinBoxYlfLow, nullptr, &aYlf, &bYlf};
     }
-    return axis == axisX
-               ? Filter{ui->comboBoxFilterXhf, ui->doubleSpinBoxXhfLow, ui->doubleSpinBoxXhfHigh, &aXhf, &bXhf}
-               : Filter{ui->comboBoxFilterYhf, ui->doubleSpinBoxYhfLow, ui->doubleSpinBoxYhfHigh, &aYhf, &bYhf};
+    return axis == axisX ? Filter{ui->comboBoxFilterXhf, ui->doubleSpinBoxXhfLow, ui->doubleSpinBoxXhfHigh,
+                                  &aXhf, &bXhf}
+                         : Filter{ui->comboBoxFilterYhf, ui->doubleSpinBoxYhfLow, ui->doubleSpinBoxYhfHigh,
+                                  &aYhf, &bYhf};
 }
 
 void WindowFiltparams::loadFilterSettings()
@@ -61,8 +62,8 @@ void WindowFiltparams::loadFilterSettings()
             double low = 0.0;
             double high = 0.0;
             configFile->readPositionFilter(band, axis, &type, &low, &high);
-            // A type that the combo does not offer leaves it as it is: an empty selection would send coefficients
-            // that nobody designed to a filter that acts.
+            // A type that the combo does not offer leaves it as it is: an empty selection would send
+            // coefficients that nobody designed to a filter that acts.
             if (type >= 0 && type < fields.type->count())
                 fields.type->setCurrentIndex(type);
             fields.low->setValue(low);
@@ -77,8 +78,8 @@ void WindowFiltparams::saveFilterSettings()
     for (int band = 0; band < 2; ++band) {
         for (int axis = 0; axis < 2; ++axis) {
             const Filter fields = filter(band, axis);
-            configFile->writePositionFilter(band, axis, unsigned(fields.type->currentIndex()), fields.low->value(),
-                                            fields.high ? fields.high->value() : 0.0);
+            configFile->writePositionFilter(band, axis, unsigned(fields.type->currentIndex()),
+                                            fields.low->value(), fields.high ? fields.high->value() : 0.0);
         }
     }
 }

@@ -12,8 +12,9 @@ namespace Ui {
 class WindowFiltparams;
 }
 
-/// Designs the four position filters, loads them into the hardware and remembers type and cut-offs in the settings
-/// file. A filter is addressed by band (0 low frequency, 1 high frequency) and axis (0 X, 1 Y). GUI thread only.
+/// Designs the four position filters, loads them into the hardware and remembers type and cut-offs in the
+/// settings file. A filter is addressed by band (0 low frequency, 1 high frequency) and axis (0 X, 1 Y). GUI
+/// thread only.
 class WindowFiltparams : public QDialog
 {
     Q_OBJECT

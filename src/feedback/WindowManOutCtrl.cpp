@@ -44,8 +44,9 @@ void WindowManOutCtrl::enableMan_changed(bool enable)
     mailbox->setOutputMux(enable ^ 1);
 }
 
-// The two slots below call each other through the signals of the controls, and stop because a control does not signal
-// a value that it has already. Each turn writes, and a fraction in an earlier channel can put a later slider back.
+// The two slots below call each other through the signals of the controls, and stop because a control does
+// not signal a value that it has already. Each turn writes, and a fraction in an earlier channel can put a
+// later slider back.
 
 void WindowManOutCtrl::sliders_changed()
 {

@@ -11,9 +11,9 @@ namespace Ui {
 class WindowManOutCtrl;
 }
 
-/// Drives the four analogue outputs by hand. Every change of a slider or a box writes all four voltages to the
-/// output device; they reach the outputs only while the source is set to manual, and stay there when the window is
-/// closed. A device that cannot be opened is silent. GUI thread only.
+/// Drives the four analogue outputs by hand. Every change of a slider or a box writes all four voltages to
+/// the output device; they reach the outputs only while the source is set to manual, and stay there when the
+/// window is closed. A device that cannot be opened is silent. GUI thread only.
 class WindowManOutCtrl : public QDialog
 {
     Q_OBJECT

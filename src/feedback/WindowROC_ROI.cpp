@@ -16,8 +16,8 @@ constexpr double lowestIntensity = 0.0;
 constexpr double highestIntensity = 1e12;
 constexpr double ampsPerMicroamp = 1e-06;
 
-/// Threshold in microamperes out of what the field shows. The number ends at the unit "uA"; a decimal comma counts
-/// as a point, so that no locale plays a part. Text without a number gives 0.
+/// Threshold in microamperes out of what the field shows. The number ends at the unit "uA"; a decimal comma
+/// counts as a point, so that no locale plays a part. Text without a number gives 0.
 double shownMicroamps(const QString& text)
 {
     return text.section(QLatin1Char('u'), 0, 0).replace(QLatin1Char(','), QLatin1Char('.')).toDouble();
@@ -141,6 +141,8 @@ void WindowROC_ROI::sendRocLimits(int bpm)
     const int limit = limitsPerBpm * bpm;
 
     graphXY[bpm]->setLimits(x, y, ratio);
+    // At once, also while the display is paused and no tick redraws.
+    graphXY[bpm]->replot();
     // The hardware compares raw positions. A scale of 0 gives an infinite limit, which goes out as it is.
     mailbox->setROClimits(limit, 0.0, x * ratio / bpmScaleX[bpm]);
     mailbox->setROClimits(limit + 1, 0.0, ratio * y / bpmScaleY[bpm]);

@@ -12,9 +12,9 @@ namespace Ui {
 class WindowROC_ROI;
 }
 
-/// Edits the regions of interest and of confidence and the beam-off thresholds of both BPMs, draws them on the XY
-/// graphs and loads them into the hardware. Limits reach the hardware only by OK or Apply; the six enable flags also
-/// at construction, from the settings file. GUI thread only.
+/// Edits the regions of interest and of confidence and the beam-off thresholds of both BPMs, draws them on
+/// the XY graphs and loads them into the hardware. Limits reach the hardware only by OK or Apply; the six
+/// enable flags also at construction, from the settings file. GUI thread only.
 class WindowROC_ROI : public QDialog
 {
     Q_OBJECT

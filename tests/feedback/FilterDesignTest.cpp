@@ -150,8 +150,8 @@ private slots:
         for (int tenths = 10; tenths <= 1000; ++tenths) {
             const double fcut = tenths / 10.0;
             const Design design = lowpass(fcut);
-            // At the lowest cut-offs the coefficients, as doubles, hold the gain no better than this: some roundings
-            // of a over the sum of a, which equals the sum of b.
+            // At the lowest cut-offs the coefficients, as doubles, hold the gain no better than this: some
+            // roundings of a over the sum of a, which equals the sum of b.
             const double tolerance = 1e-9 + 8 * std::numeric_limits<double>::epsilon() / arma::sum(design.b);
             QVERIFY(isNear(design.magnitude(0.0), 1.0, tolerance));
             QVERIFY(isNear(design.magnitude(fcut), minus3dB, tolerance));
@@ -182,7 +182,8 @@ private slots:
             for (const double high : {100.0, 120.5, 200.0}) {
                 const Design design = bandpass(low, high);
                 const double mean =
-                    std::atan(std::sqrt(std::tan(M_PI * low * Ts) * std::tan(M_PI * high * Ts))) / (M_PI * Ts);
+                    std::atan(std::sqrt(std::tan(M_PI * low * Ts) * std::tan(M_PI * high * Ts))) /
+                    (M_PI * Ts);
                 QVERIFY(isNear(design.magnitude(mean), 1.0, 1e-4));
                 QVERIFY(isNear(design.magnitude(low), minus3dB, 1e-5));
                 QVERIFY(isNear(design.magnitude(high), minus3dB, 1e-5));

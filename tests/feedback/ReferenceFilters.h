@@ -2,8 +2,8 @@
 
 #include <array>
 
-/// Fourth-order Butterworth filters by another way than the program's: closed forms in long double, without roots.
-/// Index 0 is the coefficient of the current sample, a[0] is 1.
+/// Fourth-order Butterworth filters by another way than the program's: closed forms in long double, without
+/// roots. Index 0 is the coefficient of the current sample, a[0] is 1.
 struct ReferenceFilter
 {
     std::array<long double, 5> b;
@@ -16,5 +16,6 @@ struct ReferenceFilter
 /// Two second-order sections in closed form, with the Q values of a fourth-order Butterworth filter.
 ReferenceFilter referenceLowpass(long double fcut, long double Ts);
 
-/// The polynomial of the second-order prototype moved to the band, with s = (1 - x) / (1 + x) expanded by powers.
+/// The polynomial of the second-order prototype moved to the band, with s = (1 - x) / (1 + x) expanded by
+/// powers.
 ReferenceFilter referenceBandpass(long double fcutLow, long double fcutHigh, long double Ts);

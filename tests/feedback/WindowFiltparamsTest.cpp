@@ -127,8 +127,8 @@ private slots:
             QCOMPARE(combo(name)->count(), 1);
             QCOMPARE(combo(name)->itemText(0), QStringLiteral("Band-pass"));
         }
-        for (const char* name : {"doubleSpinBoxXlfLow", "doubleSpinBoxYlfLow", "doubleSpinBoxXhfLow",
-                                 "doubleSpinBoxYhfLow"}) {
+        for (const char* name :
+             {"doubleSpinBoxXlfLow", "doubleSpinBoxYlfLow", "doubleSpinBoxXhfLow", "doubleSpinBoxYhfLow"}) {
             QCOMPARE(box(name)->decimals(), 1);
             QCOMPARE(box(name)->minimum(), 1.0);
             QCOMPARE(box(name)->value(), 10.0);
