@@ -17,7 +17,14 @@ constexpr int referenceSlot = int(offsetof(DisplayRecord, funcGenRefA) / sizeof(
 DisplayStream::DisplayStream(int initialHertz)
     : ring(capacity)
     , hertz(std::clamp(initialHertz, 0, physicsRate))
+    , phase(phaseBefore(0))
 {
+}
+
+int DisplayStream::phaseBefore(std::int64_t step) const
+{
+    // Step n carries a record when a multiple of the physics' rate lies between (n - 1) * hertz and n * hertz.
+    return int(((step - 1) * hertz % physicsRate + physicsRate) % physicsRate);
 }
 
 bool DisplayStream::setRate(int newHertz, bool filterEnable)
@@ -27,7 +34,7 @@ bool DisplayStream::setRate(int newHertz, bool filterEnable)
     hertz = newHertz;
     filter = filterEnable;
     rateSet = true;
-    phase = 0;
+    phase = phaseBefore(steps);
     stretch = 0;
     summed = 0;
     std::fill(std::begin(sums), std::end(sums), 0.0);

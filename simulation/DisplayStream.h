@@ -8,7 +8,8 @@
 namespace kora::simulation {
 
 /// The display stream: one record every 1/rate seconds out of the physics, in a ring of the newest 16384.
-/// With the filter on a record is the mean of all steps since the one before; without it the present step.
+/// Records fall on a fixed grid of steps, the one of the loops for every rate that divides theirs, so that a record
+/// shows the present sample of a loop. With the filter on a record is the mean of all steps since the one before; without it the present step.
 class DisplayStream {
 public:
     static constexpr int capacity = 16384;
@@ -26,6 +27,7 @@ public:
     template <typename Fill>
     void step(Fill fill)
     {
+        ++steps;
         const bool due = advancePhase();
         if (!due && !(filter && hertz > 0))
             return;
@@ -53,6 +55,7 @@ private:
     static constexpr int doubleSlots = int(sizeof(DisplayRecord) / sizeof(double));
 
     bool advancePhase();
+    int phaseBefore(std::int64_t step) const;
     void accumulate(const DisplayRecord& record);
     void finish(DisplayRecord& record);
 
@@ -61,7 +64,8 @@ private:
     int hertz;
     bool filter = false;
     bool rateSet = false;
-    int phase = 0;
+    std::int64_t steps = 0;
+    int phase;
     std::int64_t made = 0;
     std::int64_t stretch = 0;
     double sums[doubleSlots] = {};

@@ -343,7 +343,7 @@ private slots:
         QCOMPARE(getBuffer(records.data(), 100), 100);
         QCOMPARE(getBuffer(&newest, 1), 1);
         QCOMPARE(std::memcmp(&newest, &records.back(), sizeof newest), 0);
-        control->advance(0.0021);
+        control->advance(0.002);
         std::vector<DisplayRecord> later(100);
         QCOMPARE(getBuffer(later.data(), 100), 100);
         // At 1000 Hz two records have come.

@@ -79,9 +79,20 @@ private slots:
         NumberedStream numbered(1000);
         numbered.run(5000);
         const auto records = numbered.newest(3);
-        QCOMPARE(records[0].pos1X, 4899.0);
-        QCOMPARE(records[1].pos1X, 4949.0);
-        QCOMPARE(records[2].pos1X, 4999.0);
+        QCOMPARE(records[0].pos1X, 4850.0);
+        QCOMPARE(records[1].pos1X, 4900.0);
+        QCOMPARE(records[2].pos1X, 4950.0);
+    }
+
+    void recordsStayOnTheGridOfTheLoops()
+    {
+        NumberedStream numbered(1000);
+        numbered.run(123);
+        QVERIFY(numbered.stream.setRate(10000, false));
+        numbered.run(50);
+        QCOMPARE(numbered.newest(2)[0].pos1X, 165.0);
+        QCOMPARE(numbered.newest(2)[1].pos1X, 170.0);
+        QCOMPARE(numbered.stream.sinceRateSet(), std::int64_t(10));
     }
 
     void filteredRecordIsTheMeanSinceTheLast()
@@ -90,10 +101,10 @@ private slots:
         QVERIFY(numbered.stream.setRate(1000, true));
         numbered.run(5000);
         const auto records = numbered.newest(2);
-        QCOMPARE(records[1].pos1X, (4950 + 4999) / 2.0);
-        QCOMPARE(records[1].cur2[3], 4950.0 + 4999.0);
+        QCOMPARE(records[1].pos1X, (4901 + 4950) / 2.0);
+        QCOMPARE(records[1].cur2[3], 4901.0 + 4950.0);
         QCOMPARE(records[1].funcGenRefA, 4.5f);
-        QCOMPARE(records[0].pos1X, (4900 + 4949) / 2.0);
+        QCOMPARE(records[0].pos1X, (4851 + 4900) / 2.0);
     }
 
     void filterChangesNothingAtTheFullRate()
