@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 
 /// One record of the display stream as the FPGA delivers it: 256 bytes, little-endian, no framing.
 /// A block holds consecutive records, the oldest first; record i lies i / SAMP_FREQ seconds after the first.
@@ -56,3 +57,11 @@ enum RecordSlot {
     SlotCur2 = 28,
     slotsPerRecord = 32
 };
+
+/// The value of a slot of doubles, raw.
+inline double slotValue(const DisplayRecord& record, int slot)
+{
+    double value;
+    std::memcpy(&value, reinterpret_cast<const char*>(&record) + std::size_t(slot) * sizeof value, sizeof value);
+    return value;
+}

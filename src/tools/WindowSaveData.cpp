@@ -1,0 +1,130 @@
+#include "tools/WindowSaveData.h"
+
+#include "app/Globals.h"
+#include "stream/DeviceFile.h"
+#include "stream/DeviceRecords.h"
+#include "stream/DisplayRecord.h"
+
+#include "ui_WindowSaveData.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileDialog>
+#include <QHostInfo>
+#include <QMessageBox>
+#include <QPointer>
+#include <QTextStream>
+
+#include <fcntl.h>
+
+#include <vector>
+
+WindowSaveData::WindowSaveData(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowSaveData>())
+{
+    ui->setupUi(this);
+    // Enter in a field saves; it does not open the file dialog.
+    ui->buttonBox->addButton(QStringLiteral("Save"), QDialogButtonBox::ApplyRole)->setDefault(true);
+
+    connect(ui->nrSampBox, SIGNAL(valueChanged(int)), ui->nrSampSlider, SLOT(setValue(int)));
+    connect(ui->nrSampSlider, SIGNAL(valueChanged(int)), ui->nrSampBox, SLOT(setValue(int)));
+    connect(ui->buttonBox, SIGNAL(clicked(QAbstractButton*)), this, SLOT(saveData(QAbstractButton*)));
+    connect(ui->buttonBox, SIGNAL(accepted()), this, SLOT(accept()));
+    connect(ui->buttonBox, SIGNAL(rejected()), this, SLOT(reject()));
+    connect(ui->selectPathButton, SIGNAL(released()), this, SLOT(getPath()));
+}
+
+WindowSaveData::~WindowSaveData() = default;
+
+void WindowSaveData::getPath()
+{
+    const QString proposal = QStringLiteral("KORA_meas_") +
+                             QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_hh-mm-ss")) +
+                             QStringLiteral(".csv");
+    const QPointer<WindowSaveData> self = this;
+    // The dialogs of this window have no parent, so that they outlive a window that is destroyed beneath them.
+    const QString path = QFileDialog::getSaveFileName(nullptr, QStringLiteral("Select filename..."), proposal,
+                                                      QStringLiteral("CSV files (*.csv)"));
+    if (self)
+        ui->pathLineEdit->setText(path);
+}
+
+void WindowSaveData::saveData(QAbstractButton* button)
+{
+    if (!button->text().contains(QStringLiteral("Save")))
+        return;
+
+    // The snapshot is taken before any question is put to the operator.
+    DeviceFile stream(streamDevicePath, O_RDONLY);
+    std::vector<DisplayRecord> block(largestBlockRecords);
+    stream.read(block.data(), largestBlockBytes);
+
+    const QPointer<WindowSaveData> self = this;
+    if (ui->pathLineEdit->text().isEmpty())
+        getPath();
+    if (!self)
+        return;
+
+    const QString path = ui->pathLineEdit->text();
+    QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text;
+    if (QFile::exists(path)) {
+        const QMessageBox::StandardButton answer = QMessageBox::warning(
+            nullptr, QStringLiteral("File exists"),
+            QStringLiteral("File: %1 already exist.\n\nOverwrite file?\n\nYes - overwrite file\n"
+                           "No - append to existing file\nCancel - cancel writing to file")
+                .arg(path),
+            QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        if (!self || (answer != QMessageBox::Yes && answer != QMessageBox::No))
+            return;
+        if (answer == QMessageBox::Yes)
+            mode = QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text;
+    }
+
+    readChannels();
+    QFile file(path);
+    if (file.open(mode))
+        write(file, block.data());
+    ui->statusLabel->setText(QDateTime::currentDateTime().toString(QStringLiteral("hh:mm:ss")) +
+                             QStringLiteral(": Saved as: ") + path);
+}
+
+void WindowSaveData::readChannels()
+{
+    const QCheckBox* const boxes[save_data::channelCount] = {
+        ui->checkIonBarch1,   ui->checkIonBarch2,   ui->checkIonBarch3,   ui->checkIonBarch4,
+        ui->checkIonBarch1_2, ui->checkIonBarch2_2, ui->checkIonBarch3_2, ui->checkIonBarch4_2,
+        ui->checkAnvoltch1,   ui->checkAnvoltch2,   ui->checkAnvoltch3,   ui->checkBPMposX,
+        ui->checkBPMposY,     ui->checkBPMi0,       ui->checkBPMposX_2,   ui->checkBPMposY_2,
+        ui->checkBPMi0_2};
+    for (int i = 0; i < save_data::channelCount; ++i)
+        channelEnabled[i] = boxes[i]->isChecked();
+}
+
+void WindowSaveData::write(QFile& file, const DisplayRecord* block)
+{
+    QTextStream text(&file);
+    text << fileHeader() << columnHeader();
+    for (int i = 0; i < ui->nrSampBox->value(); ++i)
+        text << dataRow(block + i, i);
+}
+
+QString WindowSaveData::fileHeader()
+{
+    // The capital letters stand in the line as they are; only "MM" and "yyyy" are replaced by Qt.
+    const QString now = QDateTime::currentDateTime().toString(QStringLiteral("hh:mm:ss DD.MM.yyyy"));
+    return QStringLiteral("Zenthic KORA\r\n"
+                          "Kinetic Orbit Rectification Array\r\n"
+                          "\r\n"
+                          "Time and Date: ") +
+           now + QStringLiteral("\r\nHost Name: ") + QHostInfo::localHostName() +
+           QStringLiteral("\r\n\r\nComment: ") + ui->commentTextEdit->toPlainText() + QStringLiteral("\r\n\r\n");
+}
+
+QString WindowSaveData::columnHeader()
+{
+    return save_data::columnHeader(channelEnabled);
+}
+
+QString WindowSaveData::dataRow(const DisplayRecord* record, int index)
+{
+    return save_data::dataRow(*record, index, SAMP_FREQ, channelEnabled);
+}

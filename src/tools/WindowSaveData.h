@@ -1,0 +1,45 @@
+#pragma once
+
+#include "tools/SaveDataLines.h"
+
+#include <QDialog>
+
+#include <memory>
+
+class QAbstractButton;
+class QFile;
+
+namespace Ui {
+class WindowSaveData;
+}
+
+/// Writes a snapshot of the display stream to a text file: the operator ticks the signals, gives a comment, a path
+/// and a number of samples. Each press of Save reads a fresh block; the write is one blocking call.
+///
+/// Nothing that goes wrong with the stream or the file gives a message, and the status line reports the save all
+/// the same. A stream that cannot be read saves zeros.
+class WindowSaveData : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit WindowSaveData(QWidget* parent = nullptr);
+    ~WindowSaveData() override;
+
+    QString fileHeader();
+    /// Titles of what channelEnabled holds.
+    QString columnHeader();
+    /// One line of what channelEnabled holds. @param index of the record in its block
+    QString dataRow(const DisplayRecord* record, int index);
+
+private slots:
+    void saveData(QAbstractButton* button);
+    void getPath();
+
+private:
+    void readChannels();
+    void write(QFile& file, const DisplayRecord* block);
+
+    std::unique_ptr<Ui::WindowSaveData> ui;
+    bool channelEnabled[save_data::channelCount] = {};
+};
