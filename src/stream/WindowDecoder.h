@@ -3,7 +3,6 @@
 #include "stream/DisplayRecord.h"
 #include "stream/PlotData.h"
 
-#include <cstring>
 #include <vector>
 
 /// Turns a block of display records into the data of plots. Functions on plain values; the maps are rewritten in
@@ -29,10 +28,3 @@ void decodeTimeTraces(const DisplayRecord* block, int count, int rate, const std
 void decodeCloud(const DisplayRecord* block, int count, int slotX, int slotY, double factorX, double factorY,
                  QCPDataMap* map);
 
-/// A slot of a record as a number.
-inline double slotValue(const DisplayRecord& record, int slot)
-{
-    double value;
-    std::memcpy(&value, reinterpret_cast<const unsigned char*>(&record) + slot * sizeof(double), sizeof value);
-    return value;
-}

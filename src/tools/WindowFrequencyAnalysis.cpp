@@ -9,7 +9,7 @@
 #include "tools/FrequencyCsv.h"
 #include "tools/FrequencySweep.h"
 #include "tools/Pause.h"
-#include "tools/ProgramEnd.h"
+#include "tools/ServeEvents.h"
 
 #include "ui_WindowFrequencyAnalysis.h"
 
@@ -325,10 +325,9 @@ void WindowFrequencyAnalysis::measurePoints(const Sweep& sweep, DeviceFile& stre
     for (int i = 0; i < length && !stopRequested; ++i) {
         phase = measurePoint(sweep, stream, block, i, phase);
         ui->progressBar->setValue(frequency_sweep::percent(i + 1, length));
-        QCoreApplication::processEvents();
+        const bool goesOn = serveEvents(this);
         // Without a stream the sweep itself told the program to quit, and carries on.
-        const bool programEnds = stream.isOpen() && programEndRequested();
-        if (!self || programEnds)
+        if (!self || (!goesOn && stream.isOpen()))
             return;
     }
 }
