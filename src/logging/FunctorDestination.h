@@ -2,6 +2,7 @@
 
 #include "logging/Destination.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 
 namespace QsLogging {
@@ -26,7 +27,11 @@ signals:
     void logMessageReady(QsLogging::LogMessage message);
 
 private:
+    void pause();
+
     LogFunction function;
+    QElapsedTimer slice; ///< since the first line of the present time slice; of the logger's thread
+    int emittedInSlice = 0;
 };
 
 } // namespace QsLogging

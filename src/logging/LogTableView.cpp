@@ -1,7 +1,9 @@
 #include "logging/LogTableView.h"
 
+#include "logging/Level.h"
 #include "logging/LogRowHeader.h"
 #include "logging/LogWindowModel.h"
+#include "logging/WindowLogFilterProxyModel.h"
 
 #include <QEvent>
 #include <QScrollBar>
@@ -15,10 +17,12 @@ namespace QsLogging {
 LogTableView::LogTableView(QWidget* parent) : QTableView(parent)
 {
     setVerticalHeader(new LogRowHeader(this));
+    // Besides the rows in view; the default of 1000 is most of the cost of new lines.
+    horizontalHeader()->setResizeContentsPrecision(100);
     connect(verticalScrollBar(), SIGNAL(rangeChanged(int, int)), SLOT(stayAtEnd()));
     // Whole lines are what is copied and saved.
     setSelectionBehavior(QAbstractItemView::SelectRows);
-    forgetRowHeight();
+    measureLines();
 }
 
 void LogTableView::setModel(QAbstractItemModel* source)
@@ -26,6 +30,7 @@ void LogTableView::setModel(QAbstractItemModel* source)
     if (model())
         disconnect(model(), SIGNAL(layoutChanged()), this, SLOT(doItemsLayout()));
     QTableView::setModel(source);
+    log = qobject_cast<WindowLogFilterProxyModel*>(source);
     // At once: left to itself the table would first paint its header at an offset that is valid no more, and
     // that paints all rows.
     if (source)
@@ -40,18 +45,23 @@ void LogTableView::follow(bool follow)
 
 int LogTableView::sizeHintForRow(int row) const
 {
-    if (!model() ||
-        !model()->index(row, LogWindowModel::MessageColumn).data(LogWindowModel::plainRowRole).toBool())
+    if (!log || !log->isPlain(row))
         return QTableView::sizeHintForRow(row);
     if (plainRowHeight == 0)
         plainRowHeight = QTableView::sizeHintForRow(row);
     return plainRowHeight;
 }
 
+int LogTableView::sizeHintForColumn(int column) const
+{
+    const int hint = QTableView::sizeHintForColumn(column);
+    return column == LogWindowModel::LevelColumn ? std::max(hint, levelWidth) : hint;
+}
+
 void LogTableView::changeEvent(QEvent* event)
 {
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
-        forgetRowHeight();
+        measureLines();
     QTableView::changeEvent(event);
 }
 
@@ -68,19 +78,25 @@ void LogTableView::stayAtEnd()
         verticalScrollBar()->setValue(verticalScrollBar()->maximum());
 }
 
-/// Rows of the header's default height cost it nothing when the filter changes, so the default becomes the
-/// height that the delegate will give to a plain line.
-void LogTableView::forgetRowHeight()
+void LogTableView::measureLines()
 {
+    QStyleOptionViewItem cell = viewOptions();
+    cell.features |= QStyleOptionViewItem::HasDisplay;
+    const auto sizeOf = [&](const QString& text) {
+        cell.text = text;
+        return style()->sizeFromContents(QStyle::CT_ItemViewItem, &cell, QSize(), this);
+    };
     plainRowHeight = 0;
-    QStyleOptionViewItem line = viewOptions();
-    line.features |= QStyleOptionViewItem::HasDisplay;
-    line.text = QStringLiteral("0");
-    const int height = style()->sizeFromContents(QStyle::CT_ItemViewItem, &line, QSize(), this).height();
+    levelWidth = 0;
+    for (int level = TraceLevel; level <= FatalLevel; ++level)
+        levelWidth = std::max(levelWidth, sizeOf(levelName(level)).width());
+
     // A minimum that is not given is computed anew for each row.
     verticalHeader()->setMinimumSectionSize(-1);
-    verticalHeader()->setMinimumSectionSize(verticalHeader()->minimumSectionSize());
-    verticalHeader()->setDefaultSectionSize(std::max(height, verticalHeader()->minimumSectionSize()));
+    const int minimum = verticalHeader()->minimumSectionSize();
+    verticalHeader()->setMinimumSectionSize(minimum);
+    // Rows of the default height cost the header nothing when the filter changes.
+    verticalHeader()->setDefaultSectionSize(std::max(minimum, sizeOf(QStringLiteral("0")).height()));
 }
 
 } // namespace QsLogging

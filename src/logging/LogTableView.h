@@ -1,8 +1,11 @@
 #pragma once
 
+#include <QPointer>
 #include <QTableView>
 
 namespace QsLogging {
+
+class WindowLogFilterProxyModel;
 
 /// The table of the log window: a table that sizes its rows to their contents and still takes 100000 of them.
 /// It remembers how high a plain line is instead of laying out each cell at each change, and it moves to a
@@ -19,6 +22,8 @@ public:
 
     void setModel(QAbstractItemModel* model) override;
     int sizeHintForRow(int row) const override;
+    /// The column of levels has room for every name, also for that of a line far away.
+    int sizeHintForColumn(int column) const override;
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -28,9 +33,11 @@ private slots:
     void stayAtEnd();
 
 private:
-    void forgetRowHeight();
+    void measureLines();
 
-    mutable int plainRowHeight = 0; ///< px; 0 while unknown
+    QPointer<WindowLogFilterProxyModel> log; ///< the model, if it is one
+    mutable int plainRowHeight = 0;          ///< px; 0 while unknown
+    int levelWidth = 0;                      ///< px
     bool following = false;
 };
 

@@ -44,16 +44,6 @@ QVariant background(int level)
     }
 }
 
-/// Line breaks make a row higher, and so may letters that another font has to supply.
-bool isPlain(const QString& text)
-{
-    constexpr ushort firstPrintable = 0x20;
-    constexpr ushort lastLatin = 0x17F;
-    return std::all_of(text.cbegin(), text.cend(), [](QChar letter) {
-        return letter.unicode() >= firstPrintable && letter.unicode() <= lastLatin;
-    });
-}
-
 } // namespace
 
 LogWindowModel::LogWindowModel(quint64 limit) : maxItems(limit) {}
@@ -82,8 +72,6 @@ QVariant LogWindowModel::data(const QModelIndex& index, int role) const
         return shownText(message, index.column());
     case Qt::BackgroundRole:
         return background(message.level);
-    case plainRowRole:
-        return isPlain(message.message);
     default:
         return QVariant();
     }
@@ -139,6 +127,17 @@ void LogWindowModel::clear()
 LogMessage LogWindowModel::at(int row) const
 {
     return items[std::size_t(row)];
+}
+
+bool LogWindowModel::isPlain(int row) const
+{
+    constexpr ushort firstPrintable = 0x20;
+    constexpr ushort lastLatin = 0x17F;
+    const QReadLocker locker(&lock);
+    const QString& text = items[std::size_t(row)].message;
+    return std::all_of(text.cbegin(), text.cend(), [](QChar letter) {
+        return letter.unicode() >= firstPrintable && letter.unicode() <= lastLatin;
+    });
 }
 
 } // namespace QsLogging

@@ -24,9 +24,6 @@ public:
         FormattedColumn = 100 ///< not shown: the whole line, for data() calls made with that number
     };
 
-    /// Role of data(): whether a row is surely as high as any other row of one plain line of text.
-    static constexpr int plainRowRole = Qt::UserRole;
-
     /// @param maxItems  lines kept; all bits set keeps every line
     explicit LogWindowModel(quint64 maxItems);
 
@@ -39,6 +36,8 @@ public:
     void clear();
     /// A copy of the entry. Takes no lock: for the thread that appends.
     LogMessage at(int row) const;
+    /// Whether the message is one line of letters that any font has, and so no row is higher than another.
+    bool isPlain(int row) const;
 
 private:
     std::deque<LogMessage> items;

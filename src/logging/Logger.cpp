@@ -1,6 +1,6 @@
 #include "logging/Logger.h"
 
-#include <QMutexLocker>
+#include "logging/MutexLock.h"
 
 #include <algorithm>
 #include <utility>
@@ -25,20 +25,20 @@ void Logger::setLevel(int level)
 
 void Logger::addDestination(DestinationPtr destination)
 {
-    const QMutexLocker locker(&worker.destinationMutex);
+    const MutexLock lock(worker.destinationMutex);
     worker.destinations.push_back(std::move(destination));
 }
 
 bool Logger::hasDestinationOfType(const char* type)
 {
-    const QMutexLocker locker(&worker.destinationMutex);
+    const MutexLock lock(worker.destinationMutex);
     return std::any_of(worker.destinations.cbegin(), worker.destinations.cend(),
                        [type](const DestinationPtr& each) { return each->type() == QLatin1String(type); });
 }
 
 DestinationPtr Logger::removeDestination(const QString& type)
 {
-    const QMutexLocker locker(&worker.destinationMutex);
+    const MutexLock lock(worker.destinationMutex);
     const auto found = std::find_if(worker.destinations.begin(), worker.destinations.end(),
                                     [&type](const DestinationPtr& each) { return each->type() == type; });
     if (found == worker.destinations.end())
@@ -62,7 +62,7 @@ int Logger::levelOfLine(const QString& text, bool* ok)
 
 void Logger::write(const LogMessage& message)
 {
-    const QMutexLocker locker(&worker.destinationMutex);
+    const MutexLock lock(worker.destinationMutex);
     for (const DestinationPtr& destination : worker.destinations)
         destination->write(message);
 }

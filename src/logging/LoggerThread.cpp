@@ -1,8 +1,7 @@
 #include "logging/LoggerThread.h"
 
 #include "logging/Logger.h"
-
-#include <QMutexLocker>
+#include "logging/MutexLock.h"
 
 #include <utility>
 
@@ -12,7 +11,7 @@ LoggerThread::LoggerThread(Logger& owner) : logger(owner) {}
 
 void LoggerThread::push(const LogMessage& message)
 {
-    const QMutexLocker locker(&queueMutex);
+    const MutexLock lock(queueMutex);
     queue.push_back(message);
     queueCondition.wakeOne();
 }
@@ -22,27 +21,30 @@ void LoggerThread::shutDown()
     if (!isRunning())
         return;
     {
-        const QMutexLocker locker(&queueMutex);
+        const MutexLock lock(queueMutex);
         requestInterruption();
         queueCondition.wakeOne();
     }
     wait();
+    noteAcquired(this);
 }
 
 void LoggerThread::run()
 {
     for (;;) {
-        QMutexLocker locker(&queueMutex);
+        MutexLock lock(queueMutex);
         if (queue.empty() && !isInterruptionRequested())
-            queueCondition.wait(&queueMutex);
-        if (isInterruptionRequested())
+            lock.wait(queueCondition);
+        if (isInterruptionRequested()) {
+            noteReleased(this);
             return;
+        }
         // Nothing was queued if the wait ended for no reason.
         if (queue.empty())
             continue;
         const LogMessage message = std::move(queue.front());
         queue.pop_front();
-        locker.unlock();
+        lock.unlock();
         logger.write(message);
     }
 }

@@ -84,9 +84,14 @@ QVariant WindowLogFilterProxyModel::headerData(int section, Qt::Orientation orie
         return QVariant();
     if (orientation == Qt::Horizontal)
         return log->headerData(section, orientation, role);
-    if (std::size_t(section) >= shownRows.size())
+    if (role != Qt::DisplayRole || std::size_t(section) >= shownRows.size())
         return QVariant();
-    return log->headerData(shownRows[std::size_t(section)], orientation, role);
+    return shownRows[std::size_t(section)] + 1;
+}
+
+bool WindowLogFilterProxyModel::isPlain(int row) const
+{
+    return std::size_t(row) < shownRows.size() && log->isPlain(shownRows[std::size_t(row)]);
 }
 
 QModelIndex WindowLogFilterProxyModel::mapToSource(const QModelIndex& proxyIndex) const

@@ -28,6 +28,9 @@ public:
     /// Asks anew for each row whether it is shown. Selected rows that stay are still selected.
     void refilter();
 
+    /// Whether a row is surely as high as any other row of one plain line of text.
+    bool isPlain(int row) const;
+
     /// @param source  a LogWindowModel
     void setSourceModel(QAbstractItemModel* source) override;
 
@@ -37,6 +40,7 @@ public:
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
     bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
+    /// Rows bear the numbers of the source, from 1.
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     QModelIndex mapToSource(const QModelIndex& proxyIndex) const override;
     QModelIndex mapFromSource(const QModelIndex& sourceIndex) const override;

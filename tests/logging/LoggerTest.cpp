@@ -142,6 +142,19 @@ private slots:
                               QStringLiteral("WARN  "), QStringLiteral("ERROR "), QStringLiteral("FATAL ")}));
     }
 
+    void changedLevelShowsAtOtherThreads()
+    {
+        std::thread other([] {
+            while (Logger::instance().currentLevel() != TraceLevel)
+                std::this_thread::yield();
+            KORA_LOG_TRACE << "seen";
+        });
+        Logger::instance().setLevel(TraceLevel);
+        other.join();
+        QVERIFY(lines->waitFor(1));
+        QCOMPARE(lines->texts(), QStringList(QStringLiteral("seen ")));
+    }
+
     void suppressedStatementEvaluatesNothing()
     {
         int evaluated = 0;

@@ -1,0 +1,188 @@
+#include "logging/DestinationMaker.h"
+#include "logging/Log.h"
+#include "logging/LogWindow.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QSortFilterProxyModel>
+#include <QStandardItemModel>
+#include <QTableView>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+// The log window with 100000 lines: how long the event loop stands still while they arrive, and what a change
+// of the level filter costs against the same table over a QStandardItemModel and a plain filter.
+
+namespace {
+
+using namespace QsLogging;
+
+constexpr int lines = 100000;
+
+double median(std::vector<double> values)
+{
+    std::nth_element(values.begin(), values.begin() + std::ptrdiff_t(values.size() / 2), values.end());
+    return values[values.size() / 2];
+}
+
+double milliseconds(const QElapsedTimer& timer)
+{
+    return double(timer.nsecsElapsed()) * 1e-6;
+}
+
+/// All that is due, timers included; returns the longest turn, ms.
+double settle()
+{
+    double longest = 0;
+    for (int turn = 0; turn < 5; ++turn) {
+        QElapsedTimer timer;
+        timer.start();
+        QCoreApplication::processEvents();
+        longest = std::max(longest, milliseconds(timer));
+    }
+    return longest;
+}
+
+int rowsOf(const QTableView* table)
+{
+    return table->model()->rowCount();
+}
+
+/// Lines of all levels from the information level up, in turn.
+void logLine(int number)
+{
+    const int level = InfoLevel + number % (FatalLevel - InfoLevel + 1);
+    KORA_LOG(level) << "setFBenable() failed with code" << number;
+}
+
+/// Every line goes through the logger, its worker and the queued connection.
+void burstsArrive(benchmark::State& state)
+{
+    const int burst = int(state.range(0));
+    std::vector<double> gaps;
+    for (auto _ : state) {
+        Window window;
+        window.show();
+        settle();
+        const auto* table = window.findChild<QTableView*>(QStringLiteral("tableViewMessages"));
+        Logger::instance().addDestination(
+            DestinationMaker::newFunctorDestination(&window, SLOT(addLogMessage(QsLogging::LogMessage))));
+
+        QElapsedTimer whole;
+        whole.start();
+        std::thread caller([burst] {
+            for (int number = 0; number < lines; ++number) {
+                logLine(number);
+                if (number % burst == burst - 1)
+                    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            }
+        });
+        double longest = 0;
+        while (rowsOf(table) < lines)
+            longest = std::max(longest, settle());
+        longest = std::max(longest, settle());
+        caller.join();
+        state.SetIterationTime(milliseconds(whole) * 1e-3);
+        Logger::instance().removeDestination(QStringLiteral("functor"));
+        gaps.push_back(longest);
+    }
+    state.counters["longest turn ms (<=100)"] = *std::max_element(gaps.begin(), gaps.end());
+    state.counters["median of longest ms"] = median(gaps);
+}
+
+/// The same lines and the same question, as any model and table of Qt would do it.
+class ItemFilter : public QSortFilterProxyModel
+{
+public:
+    void setLevel(int lowest)
+    {
+        level = lowest;
+        invalidateFilter();
+    }
+
+protected:
+    bool filterAcceptsRow(int row, const QModelIndex& parent) const override
+    {
+        return sourceModel()->index(row, 1, parent).data(Qt::UserRole).toInt() >= level;
+    }
+
+private:
+    int level = InfoLevel;
+};
+
+void fill(QStandardItemModel& model, int number)
+{
+    auto* level = new QStandardItem(levelName(InfoLevel + number % 4));
+    level->setData(InfoLevel + number % 4, Qt::UserRole);
+    model.appendRow({new QStandardItem(QDateTime::currentDateTime().toString()), level,
+                     new QStandardItem(QStringLiteral("setFBenable() failed with code %1 ").arg(number))});
+}
+
+void levelFilterChanges(benchmark::State& state)
+{
+    // One level among long runs of others, or every level in turn.
+    Window window;
+    window.show();
+    auto* levels = window.findChild<QComboBox*>(QStringLiteral("comboBoxLevel"));
+    QStandardItemModel items;
+    for (int number = 0; number < lines; ++number) {
+        const LogMessage message(QStringLiteral("setFBenable() failed with code %1 ").arg(number),
+                                 QDateTime::currentDateTimeUtc(), InfoLevel + number % 4);
+        QMetaObject::invokeMethod(&window, "addLogMessage", Qt::DirectConnection,
+                                  Q_ARG(QsLogging::LogMessage, message));
+        fill(items, number);
+    }
+    ItemFilter filter;
+    filter.setSourceModel(&items);
+    // The reference's table need not size its rows, which is in its favour.
+    QTableView table;
+    table.setModel(&filter);
+    table.show();
+    settle();
+
+    std::vector<double> own;
+    std::vector<double> reference;
+    for (auto _ : state) {
+        for (const int level : {ErrorLevel, InfoLevel}) {
+            QElapsedTimer timer;
+            timer.start();
+            levels->setCurrentIndex(level);
+            settle();
+            own.push_back(milliseconds(timer));
+            timer.start();
+            filter.setLevel(level);
+            settle();
+            reference.push_back(milliseconds(timer));
+        }
+        state.SetIterationTime((own[own.size() - 1] + own[own.size() - 2]) * 1e-3);
+    }
+    state.counters["ms"] = median(own);
+    state.counters["ms QStandardItemModel"] = median(reference);
+    state.counters["ratio (<=0.5)"] = median(own) / median(reference);
+}
+
+} // namespace
+
+BENCHMARK(burstsArrive)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Arg(100000)
+    ->Iterations(3)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(levelFilterChanges)->Iterations(1)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
