@@ -1,0 +1,385 @@
+#include "app/MainWindow.h"
+
+#include "app/Globals.h"
+#include "feedback/WidgetFeedbackControl.h"
+#include "feedback/WidgetPidCtrl.h"
+#include "feedback/WindowBeamlineConf.h"
+#include "feedback/WindowFiltparams.h"
+#include "feedback/WindowManOutCtrl.h"
+#include "feedback/WindowPIDparams.h"
+#include "feedback/WindowROC_ROI.h"
+#include "graphs/WidgetGraphCurrents.h"
+#include "graphs/WidgetGraphFFT.h"
+#include "graphs/WidgetGraphInt.h"
+#include "graphs/WidgetGraphPos.h"
+#include "graphs/WidgetGraphXY.h"
+#include "hardware/MailboxComm.h"
+#include "hardware/VersionText.h"
+#include "stream/Updater.h"
+#include "support/DialogLogin.h"
+#include "support/WindowDisplaySettings.h"
+#include "support/WindowPico.h"
+#include "support/WindowSFPstatus.h"
+#include "support/about.h"
+#include "tools/WindowFrequencyAnalysis.h"
+#include "tools/WindowRocking3D.h"
+#include "tools/WindowRockingCurve.h"
+#include "tools/WindowSaveData.h"
+#include "tools/WindowStepResponse.h"
+#include "ui_MainWindow.h"
+
+#include <QDockWidget>
+
+namespace {
+
+constexpr int fixedDisplayRate = 1000;
+
+/// What an action of the menus triggers.
+struct ActionSlot {
+    QAction* Ui::MainWindow::*action;
+    const char* slot;
+};
+
+const ActionSlot actionSlots[] = {
+    {&Ui::MainWindow::action_Exit, SLOT(Exit())},
+    {&Ui::MainWindow::action_Display_Settings, SLOT(showDispSettings())},
+    {&Ui::MainWindow::actionPico_Amp, SLOT(showPicoWindow())},
+    {&Ui::MainWindow::action_Beamline_Settings, SLOT(showBeamlineConf())},
+    {&Ui::MainWindow::action_PID_Parameters, SLOT(showPIDparams())},
+    {&Ui::MainWindow::actionPosition_Filter_Settings, SLOT(showFiltparams())},
+    {&Ui::MainWindow::action_ROC_ROI, SLOT(showROCwindow())},
+    {&Ui::MainWindow::actionSFP_info, SLOT(showSFPinfo())},
+    {&Ui::MainWindow::action_Login, SLOT(showLoginDialog())},
+    {&Ui::MainWindow::action_Rocking_Curve, SLOT(showRockCurve())},
+    {&Ui::MainWindow::actionRocking_Curve_3D, SLOT(showRockCurve3D())},
+    {&Ui::MainWindow::actionStep_Response, SLOT(showStepResponse())},
+    {&Ui::MainWindow::actionFrequency_Analysis, SLOT(showFrequencyAnalysisWindow())},
+    {&Ui::MainWindow::actionManual_Output_Control, SLOT(showManualOutputControl())},
+    {&Ui::MainWindow::action_Save_Data, SLOT(showSaveDataWindow())},
+    {&Ui::MainWindow::action_Log, SLOT(showLogWindow())},
+    {&Ui::MainWindow::action_About, SLOT(showAboutDialog())},
+};
+
+/// Labels of one time-series graph. The fourth name of the second amplifier has no 2.
+struct TimeGraphLabels {
+    const char* yLabel;
+    std::initializer_list<const char*> names;
+};
+
+const TimeGraphLabels currents1Labels = {"Current [A]", {"Ionbar Ch1", "Ionbar Ch2", "Ionbar Ch3", "Ionbar Ch4"}};
+const TimeGraphLabels currents2Labels = {"Current [A]", {"Ionbar2 Ch1", "Ionbar2 Ch2", "Ionbar2 Ch3", "Ionbar Ch4"}};
+const TimeGraphLabels dacLabels = {"Voltage [V]", {"DAC Ch1", "DAC Ch2", "DAC Ch3", "DAC Ch4"}};
+const TimeGraphLabels posXLabels = {"Position [um]", {"X (BPM1)", "X (BPM2)", "X (LF)", "X (HF)"}};
+const TimeGraphLabels posYLabels = {"Position [um]", {"Y (BPM1)", "Y (BPM2)", "Y (LF)", "Y (HF)"}};
+const TimeGraphLabels intLabels = {"Intensity [A]", {"Int BPM1", "Int BPM2"}};
+
+/// Registers the traces of a time-series graph with the updater, then labels it.
+template <typename Graph>
+void connectTimeGraph(Graph* graph, int kind, const TimeGraphLabels& labels)
+{
+    QStringList names;
+    for (const char* name : labels.names) {
+        updater->setGraphData(kind, names.size(), graph->dataMap(names.size()));
+        names.append(QLatin1String(name));
+    }
+    QObject::connect(updater, SIGNAL(replotGraphs()), graph, SLOT(replot()));
+    graph->setLabels(QStringLiteral("Time [s]"), QLatin1String(labels.yLabel), names);
+}
+
+/// Fills an existing dock, or makes one, and puts it behind the tabs of another dock.
+void placeBehindTabs(QMainWindow* mainWindow, QDockWidget* first, QDockWidget* dock, QWidget* content)
+{
+    dock->setWidget(content);
+    mainWindow->addDockWidget(Qt::BottomDockWidgetArea, dock);
+    mainWindow->tabifyDockWidget(first, dock);
+}
+
+} // namespace
+
+MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(std::make_unique<Ui::MainWindow>())
+{
+    ui->setupUi(this);
+    centralWidget()->deleteLater();
+    setWindowTitle(QStringLiteral("KORA Local User Interface v") + QLatin1String(guiVersion));
+
+    // The graphs take their first time range from the display rate.
+    applyFirmwareGate();
+    ui->actionPico_Amp->setVisible(true);
+
+    createWidgets();
+    createWindows();
+    fillFormDocks();
+    connectActions();
+    connectDeviceMask();
+    connectXyGraph(graphXY1, Updater::KindXY1);
+    connectXyGraph(graphXY2, Updater::KindXY2);
+    connectFftGraph();
+    connectTimeGraphs();
+    arrangeDocks();
+    initialiseFeedbackControl();
+
+    // Devices that were found before the connections existed.
+    mailbox->emitNrIonBars();
+    handleUserLevelChange(userLevel);
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::applyFirmwareGate()
+{
+    const bool variableRate = firmwareHasVariableRate(swVersionText);
+    SAMP_FREQ = variableRate ? int(mailbox->getDisplayFreq(nullptr)) : fixedDisplayRate;
+    ui->action_Display_Settings->setVisible(variableRate);
+}
+
+void MainWindow::createWidgets()
+{
+    graphXY1 = new WidgetGraphXY(0, this);
+    graphXY2 = new WidgetGraphXY(1, this);
+    graphFFT = new WidgetGraphFFT(this);
+    feedbackControl = new WidgetFeedbackControl(this);
+    pidCtrl = new WidgetPidCtrl(this);
+    graphCurrents1 = new WidgetGraphCurrents(this, 4);
+    graphCurrents2 = new WidgetGraphCurrents(this, 4);
+    graphDAC = new WidgetGraphCurrents(this, 4);
+    dockCurrents1 = new QDockWidget(QStringLiteral("Graph Currents BPM1"), this);
+    dockCurrents1->setObjectName(QStringLiteral("dockCurrents1"));
+    dockCurrents1->hide();
+    dockCurrents2 = new QDockWidget(QStringLiteral("Graph Currents BPM2"), this);
+    dockCurrents2->setObjectName(QStringLiteral("dockCurrents2"));
+    dockCurrents2->hide();
+    graphPosX = new WidgetGraphPos(this, 0, 4);
+    graphPosY = new WidgetGraphPos(this, 1, 4);
+    graphInt = new WidgetGraphInt(this, 2);
+}
+
+void MainWindow::createWindows()
+{
+    beamlineConf = new WindowBeamlineConf(this);
+    pidParams = new WindowPIDparams(this);
+    filtParams = new WindowFiltparams(this);
+    rocRoi = new WindowROC_ROI(this);
+    stepResponse = new WindowStepResponse(this);
+    displaySettings = new WindowDisplaySettings(this);
+    manOutCtrl = new WindowManOutCtrl(this);
+    pico = new WindowPico(this);
+    frequencyAnalysis = new WindowFrequencyAnalysis(this);
+    sfpStatus = new WindowSFPstatus(this);
+}
+
+void MainWindow::fillFormDocks()
+{
+    ui->dockXY1->setWidget(graphXY1);
+    ui->dockXY2->setWidget(graphXY2);
+    ui->dockFBctrl->setWidget(feedbackControl);
+    ui->dockFFT->setWidget(graphFFT);
+    ui->dockPID->setWidget(pidCtrl);
+    ui->dockXY1->setVisible(mailbox->nrIonBars != 2);
+    ui->dockXY2->setVisible(mailbox->nrIonBars != 1);
+}
+
+void MainWindow::connectActions()
+{
+    for (const ActionSlot& row : actionSlots)
+        connect(ui.get()->*row.action, SIGNAL(triggered()), this, row.slot);
+    connect(ui->dockFFT, SIGNAL(visibilityChanged(bool)), this, SLOT(dockDestroyed()));
+}
+
+void MainWindow::connectDeviceMask()
+{
+    connect(mailbox, SIGNAL(nrIonBarsChanged(int)), this, SLOT(nr_ionbars_changed(int)));
+    connect(mailbox, SIGNAL(nrIonBarsChanged(int)), beamlineConf, SLOT(nr_ionbars_changed(int)));
+    connect(mailbox, SIGNAL(nrIonBarsChanged(int)), feedbackControl, SLOT(nr_ionbars_changed(int)));
+    connect(mailbox, SIGNAL(nrIonBarsChanged(int)), rocRoi, SLOT(nrIonbarChanged(int)));
+}
+
+void MainWindow::connectXyGraph(WidgetGraphXY* graph, int kind)
+{
+    QCPDataMap* map = graph->dataMap();
+    graph->resetZoom();
+    updater->setGraphData(kind, 0, map);
+    connect(updater, SIGNAL(replotGraphs()), graph, SLOT(replot()));
+    connect(feedbackControl, SIGNAL(somethingChanged()), graph, SLOT(updateGraphXY()));
+    connect(graph, SIGNAL(XYchanged()), feedbackControl, SLOT(updateXYfields()));
+    connect(beamlineConf, SIGNAL(BPMscaleChanged()), graph, SLOT(resetZoom()));
+    connect(feedbackControl, SIGNAL(BPMselectorChanged()), graph, SLOT(updateGraphXY()));
+}
+
+void MainWindow::connectFftGraph()
+{
+    updater->setGraphData(Updater::KindFFT, 0, graphFFT->dataMap());
+    connect(updater, SIGNAL(replotGraphs()), graphFFT, SLOT(replot()));
+}
+
+void MainWindow::connectTimeGraphs()
+{
+    auto* dockDac = new QDockWidget(QStringLiteral("Graph DAC"), this);
+    auto* dockPosX = new QDockWidget(QStringLiteral("Graph Position X"), this);
+    auto* dockPosY = new QDockWidget(QStringLiteral("Graph Position Y"), this);
+    auto* dockInt = new QDockWidget(QStringLiteral("Graph Intensity"), this);
+
+    placeBehindTabs(this, ui->dockFFT, dockCurrents1, graphCurrents1);
+    connectTimeGraph(graphCurrents1, Updater::KindCurrents1, currents1Labels);
+    placeBehindTabs(this, ui->dockFFT, dockCurrents2, graphCurrents2);
+    connectTimeGraph(graphCurrents2, Updater::KindCurrents2, currents2Labels);
+    placeBehindTabs(this, ui->dockFFT, dockDac, graphDAC);
+    connectTimeGraph(graphDAC, Updater::KindDAC, dacLabels);
+    placeBehindTabs(this, ui->dockFFT, dockPosX, graphPosX);
+    connectTimeGraph(graphPosX, Updater::KindPosX, posXLabels);
+    placeBehindTabs(this, ui->dockFFT, dockPosY, graphPosY);
+    connectTimeGraph(graphPosY, Updater::KindPosY, posYLabels);
+    placeBehindTabs(this, ui->dockFFT, dockInt, graphInt);
+    connectTimeGraph(graphInt, Updater::KindInt, intLabels);
+
+    graphPosX->chEnablesChanged();
+    graphPosY->chEnablesChanged();
+}
+
+void MainWindow::arrangeDocks()
+{
+    ui->dockFFT->raise();
+    // Pixels of the form's own size; a larger window shares them out alike.
+    resizeDocks({ui->dockXY1, ui->dockFFT}, {320, 380}, Qt::Vertical);
+    resizeDocks({ui->dockXY1, ui->dockXY2, ui->dockFBctrl}, {425, 425, 430}, Qt::Horizontal);
+    resizeDocks({ui->dockFFT, ui->dockPID}, {970, 310}, Qt::Horizontal);
+}
+
+void MainWindow::initialiseFeedbackControl()
+{
+    feedbackControl->confChanged(mailbox->getPIDconf());
+    feedbackControl->updateXYfields();
+    feedbackControl->updateHeartbeat(PID_Status_Type(mailbox->pidStatus));
+}
+
+void MainWindow::connectLoginDialog()
+{
+    connect(loginDialog, SIGNAL(userLevelChanged(int)), feedbackControl, SLOT(checkUserLevel()));
+    connect(loginDialog, SIGNAL(userLevelChanged(int)), pidCtrl, SLOT(enableAndDisableFields()));
+    connect(loginDialog, SIGNAL(userLevelChanged(int)), rocRoi, SLOT(checkUserLevel()));
+    connect(loginDialog, SIGNAL(userLevelChanged(int)), beamlineConf, SLOT(checkUserLevel()));
+    connect(loginDialog, SIGNAL(userLevelChanged(int)), this, SLOT(handleUserLevelChange(int)));
+}
+
+void MainWindow::nr_ionbars_changed(int mask)
+{
+    const bool bpm1Shown = mask != 2;
+    const bool bpm2Shown = mask == 2 || mask == 3;
+    ui->dockXY1->setVisible(bpm1Shown);
+    dockCurrents1->setVisible(bpm1Shown);
+    ui->dockXY2->setVisible(bpm2Shown);
+    dockCurrents2->setVisible(bpm2Shown);
+
+    const bool box1Hidden = mask != 1 && mask != 3;
+    const bool box2Hidden = mask != 2 && mask != 3;
+    graphInt->setChannelHidden(box1Hidden, box2Hidden);
+    graphPosX->setChannelHidden(box1Hidden, box2Hidden);
+    graphPosY->setChannelHidden(box1Hidden, box2Hidden);
+    ui->actionPico_Amp->setVisible(true);
+}
+
+void MainWindow::handleUserLevelChange(int user_level)
+{
+    // Level 1 leaves the three as they are, and no level enables them: these tools stay closed to the operator.
+    if (user_level != 1) {
+        ui->action_Rocking_Curve->setEnabled(false);
+        ui->actionRocking_Curve_3D->setEnabled(false);
+        ui->actionStep_Response->setEnabled(false);
+    }
+    ui->actionManual_Output_Control->setEnabled(user_level == 1 || user_level == 2);
+}
+
+void MainWindow::showBeamlineConf()
+{
+    beamlineConf->showAndRefresh();
+}
+
+void MainWindow::showSFPinfo()
+{
+    sfpStatus->show();
+}
+
+void MainWindow::dockDestroyed() {}
+
+void MainWindow::showPIDparams()
+{
+    pidParams->show();
+}
+
+void MainWindow::showFiltparams()
+{
+    filtParams->showWindow();
+}
+
+void MainWindow::showRockCurve()
+{
+    auto* rockingCurve = new WindowRockingCurve(this);
+    rockingCurve->show();
+}
+
+void MainWindow::showROCwindow()
+{
+    rocRoi->setUpdater(updater);
+    rocRoi->setBeamlineWindow(beamlineConf);
+    rocRoi->setGraph(graphXY1, 0);
+    rocRoi->setGraph(graphXY2, 1);
+    rocRoi->showWindow();
+}
+
+void MainWindow::showRockCurve3D()
+{
+    auto* rocking3D = new WindowRocking3D(this);
+    rocking3D->show();
+}
+
+void MainWindow::showPicoWindow()
+{
+    pico->show();
+}
+
+void MainWindow::showSaveDataWindow()
+{
+    auto* saveData = new WindowSaveData(this);
+    saveData->show();
+}
+
+void MainWindow::showLoginDialog()
+{
+    loginDialog->showCurrentLevel();
+    loginDialog->show();
+}
+
+void MainWindow::showAboutDialog()
+{
+    auto* aboutBox = new about(this);
+    aboutBox->show();
+}
+
+void MainWindow::Exit()
+{
+    QCoreApplication::exit(0);
+}
+
+void MainWindow::showStepResponse()
+{
+    stepResponse->showTool();
+}
+
+void MainWindow::showDispSettings()
+{
+    displaySettings->showAndRefresh();
+}
+
+void MainWindow::showManualOutputControl()
+{
+    manOutCtrl->showWindow();
+}
+
+void MainWindow::showLogWindow()
+{
+    window.show();
+}
+
+void MainWindow::showFrequencyAnalysisWindow()
+{
+    frequencyAnalysis->showTool();
+}

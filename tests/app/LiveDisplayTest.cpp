@@ -1,0 +1,129 @@
+// The real windows on the simulated installation: what the graphs show is what the plant does.
+
+#include "app/Globals.h"
+#include "app/SimulatedSession.h"
+#include "hardware/MailboxComm.h"
+#include "stream/Updater.h"
+
+#include <QDockWidget>
+#include <QtTest>
+
+#include <qcustomplot.h>
+
+#include <cmath>
+
+namespace {
+
+struct Extent {
+    double mean;
+    double deviation;
+};
+
+Extent extentOf(const QCPDataMap& data)
+{
+    double sum = 0;
+    double squares = 0;
+    for (auto point = data.constBegin(); point != data.constEnd(); ++point)
+        sum += point->value;
+    const double mean = sum / data.size();
+    for (auto point = data.constBegin(); point != data.constEnd(); ++point)
+        squares += (point->value - mean) * (point->value - mean);
+    return {mean, std::sqrt(squares / data.size())};
+}
+
+} // namespace
+
+class LiveDisplayTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<SimulatedSession> session;
+
+private slots:
+    void init() { session = std::make_unique<SimulatedSession>(); }
+    void cleanup() { session.reset(); }
+
+    void bothAmplifiersAreSeenAndTheFirmwareHasAVariableRate()
+    {
+        QCOMPARE(mailbox->nrIonBars, 3);
+        QVERIFY(session->window().findChild<QAction*>(QStringLiteral("action_Display_Settings"))->isVisible());
+    }
+
+    void everyTraceShowsALivingBeam()
+    {
+        session->tick(15);
+        for (int amplifier = 0; amplifier < 2; ++amplifier) {
+            for (QCPDataMap* map : updater->dataCurrents[amplifier]) {
+                QCOMPARE(map->size(), 14336);
+                const Extent current = extentOf(*map);
+                QVERIFY(current.mean > 1e-9 && current.mean < 1e-3);
+                QVERIFY(current.deviation > 0);
+            }
+            QVERIFY(extentOf(*updater->dataInt[amplifier]).mean > 1e-9);
+        }
+        for (QCPDataMap* map : {updater->dataPosX[0], updater->dataPosX[1], updater->dataPosY[0], updater->dataPosY[1]}) {
+            const Extent position = extentOf(*map);
+            QVERIFY(position.deviation > 0.01 && position.deviation < 100);
+            QVERIFY(std::abs(position.mean) < 1000);
+        }
+    }
+
+    void theNextSecondShowsOtherData()
+    {
+        session->tick(15);
+        const QCPDataMap before = *updater->dataPosX[0];
+        session->tick(1);
+        // One second at 1 kHz later the same records stand a thousand places nearer to the start.
+        QCOMPARE(updater->dataPosX[0]->at(5000)->value, before.at(6000)->value);
+        QVERIFY(updater->dataPosX[0]->at(14335)->value != before.at(14335)->value);
+    }
+
+    void aKickShowsOnThePositionGraph()
+    {
+        session->plant().quietBeam();
+        session->tick(20);
+        const double before = updater->dataPosX[0]->at(14335)->value;
+        session->plant().kick(5, 0);
+        session->tick(0.01);
+        const double after = updater->dataPosX[0]->at(14335)->value;
+        QVERIFY2(std::abs(after - before - 5) < 1, qPrintable(QString::number(after - before)));
+    }
+
+    void aBeamThatIsOffShowsNoIntensity()
+    {
+        session->tick(1);
+        const double before = updater->dataInt[0]->at(14335)->value;
+        session->plant().setBeamOn(false);
+        session->tick(1);
+        QVERIFY(std::abs(updater->dataInt[0]->at(14335)->value) < before / 100);
+    }
+
+    void anUnpluggedAmplifierLeavesTheBoard()
+    {
+        QVERIFY(!session->dock(QStringLiteral("Graph XY 2"))->isHidden());
+        session->plant().plug(1, 0);
+        session->tick();
+        QVERIFY(session->dock(QStringLiteral("Graph XY 2"))->isHidden());
+        session->plant().plug(1, 0x2101);
+        session->tick();
+        QVERIFY(!session->dock(QStringLiteral("Graph XY 2"))->isHidden());
+    }
+
+    void garbageOfTheStreamLeavesTheGraphsUsable()
+    {
+        session->plant().setGarbageBlocks(true);
+        for (QDockWidget* dock : session->window().findChildren<QDockWidget*>()) {
+            dock->raise();
+            session->tick();
+        }
+        session->plant().setGarbageBlocks(false);
+        session->tick(15);
+        QCustomPlot* plot = session->plotOf(QStringLiteral("Graph DAC"));
+        QVERIFY(std::isfinite(plot->xAxis->range().size()));
+        QVERIFY(plot->xAxis->range().contains(7.0));
+    }
+};
+
+QTEST_MAIN(LiveDisplayTest)
+#include "LiveDisplayTest.moc"

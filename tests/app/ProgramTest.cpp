@@ -1,0 +1,135 @@
+// The built program as a process of its own, on a control library that records every call.
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+
+namespace {
+
+constexpr int startMs = 30000;
+
+} // namespace
+
+class ProgramTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir folder;
+    QProcess program;
+
+    QString recordPath() const { return folder.filePath(QStringLiteral("calls.txt")); }
+
+    /// Starts the program with a settings folder of its own.
+    void start(const char* action, const QStringList& arguments = {})
+    {
+        QFile::remove(recordPath());
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("LD_LIBRARY_PATH"), QStringLiteral(KORA_RECORDER_FOLDER));
+        environment.insert(QStringLiteral("KORA_RECORDER_FILE"), recordPath());
+        environment.insert(QStringLiteral("KORA_RECORDER_ACTION"), QString::fromLatin1(action));
+        program.setProcessEnvironment(environment);
+        program.start(QStringLiteral("bwrap"),
+                      QStringList({QStringLiteral("--dev-bind"), QStringLiteral("/"), QStringLiteral("/"),
+                                   QStringLiteral("--tmpfs"), QStringLiteral("/opt"), QStringLiteral("--bind"),
+                                   folder.path(), QStringLiteral("/opt/Zenthic/KORALINK"),
+                                   QStringLiteral(KORA_PROGRAM)}) +
+                          arguments);
+        QVERIFY(program.waitForStarted(startMs));
+    }
+
+    QStringList record() const
+    {
+        QFile file(recordPath());
+        return file.open(QIODevice::ReadOnly) ? QString::fromLatin1(file.readAll()).split(QLatin1Char('\n'))
+                                              : QStringList();
+    }
+
+    void verifyCleanEnd()
+    {
+        QVERIFY(program.waitForFinished(startMs));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        const QByteArray errors = program.readAllStandardError();
+        QVERIFY2(!errors.contains("Destroyed while thread"), errors.constData());
+        QVERIFY2(!errors.contains("terminate called"), errors.constData());
+    }
+
+private slots:
+    void init()
+    {
+        const QString bwrap = QStandardPaths::findExecutable(QStringLiteral("bwrap"));
+        QProcess probe;
+        probe.start(bwrap, {QStringLiteral("--dev-bind"), QStringLiteral("/"), QStringLiteral("/"),
+                            QStringLiteral("true")});
+        if (bwrap.isEmpty() || !probe.waitForFinished(startMs) || probe.exitCode() != 0)
+            QSKIP("user namespaces are refused here: no settings folder of its own for the program");
+    }
+
+    void menuExitEndsWithStatusZero()
+    {
+        start("exit");
+        verifyCleanEnd();
+    }
+
+    void closingTheLastWindowEndsWithStatusZero()
+    {
+        start("close");
+        verifyCleanEnd();
+    }
+
+    void shortWindowOfTheStreamEndsTheProgram()
+    {
+        start("short");
+        verifyCleanEnd();
+    }
+
+    void terminationSignalEndsWithStatusZero()
+    {
+        start("none");
+        QTRY_VERIFY_WITH_TIMEOUT(record().contains(QStringLiteral("getBuffer(14336)")), startMs);
+        QFile children(QStringLiteral("/proc/%1/task/%1/children").arg(program.processId()));
+        QVERIFY(children.open(QIODevice::ReadOnly));
+        qint64 pid = children.readAll().simplified().split(' ').value(0).toLongLong();
+        // The namespace has a first process of its own between the launcher and the program.
+        QFile grandchildren(QStringLiteral("/proc/%1/task/%1/children").arg(pid));
+        if (grandchildren.open(QIODevice::ReadOnly)) {
+            const qint64 below = grandchildren.readAll().simplified().split(' ').value(0).toLongLong();
+            pid = below > 0 ? below : pid;
+        }
+        QVERIFY(pid > 0);
+        QCOMPARE(::kill(pid_t(pid), SIGTERM), 0);
+        verifyCleanEnd();
+    }
+
+    void hardwareIsTouchedInTheOrderOfTheStart()
+    {
+        start("exit");
+        verifyCleanEnd();
+        const QStringList calls = record();
+        const QStringList order = {
+            QStringLiteral("getSystemVersion()"), QStringLiteral("getBPMselector()"),
+            QStringLiteral("getDisplayFreq()"),   QStringLiteral("setROCenable(0, 0, 0, 0, 0, 0)"),
+            QStringLiteral("getPIDconf()"),       QStringLiteral("getBuffer(14336)")};
+        int last = -1;
+        for (const QString& call : order) {
+            const int place = calls.indexOf(call);
+            QVERIFY2(place > last, qPrintable(call));
+            last = place;
+        }
+        QVERIFY(calls.contains(QStringLiteral("getSFPinfo(0)")));
+        QVERIFY(calls.contains(QStringLiteral("getBPMStats()")));
+        QVERIFY(calls.contains(QStringLiteral("getPIDstatus()")));
+    }
+
+    void otherArgumentsAreIgnored()
+    {
+        start("exit", {QStringLiteral("--trace"), QStringLiteral("more")});
+        verifyCleanEnd();
+    }
+};
+
+QTEST_GUILESS_MAIN(ProgramTest)
+#include "ProgramTest.moc"
