@@ -6,7 +6,7 @@ buildPackages=(
   libqcustomplot-dev libfftw3-dev libarmadillo-dev libgl-dev
   xvfb xauth libgl1-mesa-dri fonts-dejavu-core
 )
-runPackages=(imagemagick x11-utils)
+runPackages=(imagemagick openbox x11-utils)
 testPackages=(binutils bubblewrap imagemagick)
 benchPackages=(libbenchmark-dev libqwt-qt5-dev libspdlog-dev)
 
