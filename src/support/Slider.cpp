@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr int tickHeight = 8;
+
 /// Integer part of a number, with the result of the processor's conversion where there is none: the smallest
 /// int. The bar ignores that, the slider stops at its lower end.
 int integerPart(double number)
@@ -42,6 +44,7 @@ QFrame* tickMark()
 {
     auto* mark = new QFrame;
     mark->setFrameShape(QFrame::VLine);
+    mark->setMinimumHeight(tickHeight);
     return mark;
 }
 
@@ -63,7 +66,7 @@ Slider::Slider(QWidget* parent)
     ui->gridLayout->addWidget(bar, 0, 0);
     ui->gridLayout->addLayout(tickRow, 0, 0, Qt::AlignBottom);
     ui->gridLayout->addWidget(slider, 0, 0);
-    ui->gridLayout->addLayout(labelRow, 1, 0);
+    ui->gridLayout->addLayout(labelRow, 1, 0, Qt::AlignTop);
     ui->gridLayout->setRowMinimumHeight(0, 55);
 
     connect(slider, SIGNAL(valueChanged(int)), this, SLOT(signalSender(int)));
