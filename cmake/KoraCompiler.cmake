@@ -29,3 +29,11 @@ if(KORA_COVERAGE)
   add_compile_options(--coverage -O0)
   add_link_options(--coverage)
 endif()
+
+# Daily work links some forty suites: where mold is at hand it does so several times faster.
+if(CMAKE_BUILD_TYPE STREQUAL "Debug")
+  find_program(MOLD_LINKER mold)
+  if(MOLD_LINKER)
+    add_link_options(-fuse-ld=mold)
+  endif()
+endif()
