@@ -1,0 +1,30 @@
+#pragma once
+
+#include <memory>
+
+struct xcb_connection_t;
+
+/// Times the start of the program, on the display that the environment names. It holds a connection to the
+/// display, so that a server that resets itself when its last client leaves does not do so between two
+/// starts.
+class ProgramStart
+{
+public:
+    explicit ProgramStart(const char* program);
+
+    /// From the start of the process to the mapping of its first window. The program is ended as soon as it
+    /// is there.
+    /// @return seconds; negative when no window came within ten seconds
+    double seconds();
+
+private:
+    struct Disconnect
+    {
+        void operator()(xcb_connection_t* connection) const;
+    };
+
+    bool waitForWindow(int patienceMs);
+
+    const char* program;
+    std::unique_ptr<xcb_connection_t, Disconnect> connection;
+};
