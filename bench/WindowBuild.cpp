@@ -21,8 +21,10 @@
 #include "support/WindowPico.h"
 #include "support/WindowSFPstatus.h"
 #include "support/about.h"
+#include "tools/WindowFrequencyAnalysis.h"
 #include "tools/WindowRocking3D.h"
 #include "tools/WindowRockingCurve.h"
+#include "tools/WindowSaveData.h"
 #include "tools/WindowStepResponse.h"
 
 #include <QApplication>
@@ -135,6 +137,8 @@ int main(int argc, char** argv)
     // Its surface is painted by OpenGL, which needs the window on the screen.
     measureBuilt<WindowRocking3D>("WindowRocking3D");
     measureBuiltAndPainted<WindowStepResponse>("WindowStepResponse");
+    measureBuiltAndPainted<WindowFrequencyAnalysis>("WindowFrequencyAnalysis");
+    measureBuiltAndPainted<WindowSaveData>("WindowSaveData");
     measureBuiltAndPainted<DialogLogin>("DialogLogin");
     measureBuiltAndPainted<WindowPico>("WindowPico");
     measureBuiltAndPainted<WindowDisplaySettings>("WindowDisplaySettings");

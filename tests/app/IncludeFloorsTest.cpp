@@ -31,10 +31,11 @@ QString unitOf(const QString& path)
 /// The log window and its parts stand in the logger's folder.
 Floor floorInLogging(const QString& unit)
 {
-    static const QRegularExpression partOfTheWindow(QStringLiteral("^Log(TableView|RowHeader|WindowModel)$"));
+    static const QRegularExpression partOfTheWindow(
+        QStringLiteral("^(Log(TableView|RowHeader|WindowModel)|WindowLogFilterProxyModel)$"));
     if (unit.contains(partOfTheWindow))
         return Widgets;
-    return unit.contains(QLatin1String("Window")) ? Windows : Ground;
+    return unit == QLatin1String("LogWindow") ? Windows : Ground;
 }
 
 /// What the hardware gives and takes, in its own form and as plain tables; the rest of these folders are the
