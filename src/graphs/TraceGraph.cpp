@@ -1,8 +1,62 @@
 #include "graphs/TraceGraph.h"
 
+#include "graphs/StrokeColumns.h"
+
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
+
+/// Farther out than any plot reaches; beyond it the painter's arithmetic would overflow.
+constexpr double farPixel = 1e6;
+
+bool isFinite(const QPointF& point)
+{
+    return std::isfinite(point.x()) && std::isfinite(point.y());
+}
+
+double devicePixelRatio(const QCPPainter* painter)
+{
+    return painter->device()->devicePixelRatioF();
+}
+
+bool drawsPixels(const QCPPainter* painter)
+{
+    return !painter->antialiasing() && !painter->modes().testFlag(QCPPainter::pmVectorized);
+}
+
+bool isWide(const QCPPainter* painter)
+{
+    return painter->pen().widthF() * devicePixelRatio(painter) > 1.0;
+}
+
+/// The parts of a line between points that have no place, in pixels of the device.
+QVector<QVector<QPointF>> finiteParts(const QVector<QPointF>& line, double scale)
+{
+    QVector<QVector<QPointF>> parts(1);
+    for (const QPointF& point : line) {
+        if (isFinite(point))
+            parts.last().append({std::clamp(point.x() * scale, -farPixel, farPixel),
+                                 std::clamp(point.y() * scale, -farPixel, farPixel)});
+        else if (!parts.last().isEmpty())
+            parts.append(QVector<QPointF>());
+    }
+    return parts;
+}
+
+/// One scatter, drawn in the middle of a square picture.
+QImage scatterStamp(const QCPScatterStyle& style, const QPen& pen, int reach, double scale)
+{
+    const int side = 2 * reach + 1;
+    QImage stamp(int(std::ceil(side * scale)), int(std::ceil(side * scale)), QImage::Format_ARGB32_Premultiplied);
+    stamp.setDevicePixelRatio(scale);
+    stamp.fill(Qt::transparent);
+    QCPPainter painter(&stamp);
+    style.applyTo(&painter, pen);
+    style.drawShape(&painter, reach, reach);
+    return stamp;
+}
 
 /// Grows to hold every finite value of the sign domain.
 class RangeFinder
@@ -58,4 +112,47 @@ QCPRange TraceGraph::getValueRange(bool& foundRange, QCP::SignDomain signDomain,
             finder.add(point->value);
     }
     return finder.range(foundRange);
+}
+
+void TraceGraph::drawLinePlot(QCPPainter* painter, const QVector<QPointF>& lines) const
+{
+    applyDefaultAntialiasingHint(painter);
+    if (!drawsPixels(painter) || painter->pen().style() != Qt::SolidLine) {
+        QCPGraph::drawLinePlot(painter, lines);
+        return;
+    }
+    if (!isWide(painter)) {
+        for (const QVector<QPointF>& part : finiteParts(lines, 1.0))
+            drawPolyline(painter, part);
+        return;
+    }
+    const double scale = devicePixelRatio(painter);
+    const QRect clip = clipRect();
+    const QRect deviceClip(QPoint(int(clip.left() * scale), int(clip.top() * scale)), clip.size() * scale);
+    const QPen pen = painter->pen();
+    painter->save();
+    painter->scale(1 / scale, 1 / scale);
+    painter->setPen(Qt::NoPen);
+    painter->setBrush(pen.color());
+    for (const QVector<QPointF>& part : finiteParts(lines, scale))
+        painter->drawRects(strokeColumns(part.constData(), part.size(), pen.widthF() * scale, deviceClip));
+    painter->restore();
+}
+
+void TraceGraph::drawScatterPlot(QCPPainter* painter, const QVector<QPointF>& scatters,
+                                 const QCPScatterStyle& style) const
+{
+    applyScattersAntialiasingHint(painter);
+    style.applyTo(painter, mPen);
+    if (!drawsPixels(painter) || !isWide(painter)) {
+        QCPGraph::drawScatterPlot(painter, scatters, style);
+        return;
+    }
+    const int reach = int(std::ceil(style.size() / 2 + painter->pen().widthF())) + 1;
+    const QImage stamp = scatterStamp(style, mPen, reach, devicePixelRatio(painter));
+    const QRectF seen = QRectF(clipRect()).adjusted(-reach, -reach, reach, reach);
+    for (const QPointF& scatter : scatters) {
+        if (seen.contains(scatter))
+            painter->drawImage(QPoint(qRound(scatter.x()) - reach, qRound(scatter.y()) - reach), stamp);
+    }
 }

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <ctime>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// Runs several ways of one job in turns within each iteration, so that all meet the same machine. The counters are
+/// medians in milliseconds by name, and the ratio of the first way to each other one.
+class Interleaved
+{
+public:
+    Interleaved& way(const std::string& name, std::function<void()> job)
+    {
+        ways.push_back({name, std::move(job), {}});
+        return *this;
+    }
+
+    void run(benchmark::State& state)
+    {
+        for (Way& each : ways)
+            each.job();
+        for (auto iteration : state) {
+            (void)iteration;
+            double first = 0;
+            for (Way& each : ways) {
+                each.seconds.push_back(secondsOf(each.job));
+                if (&each == &ways.front())
+                    first = each.seconds.back();
+            }
+            state.SetIterationTime(first);
+        }
+        for (Way& each : ways)
+            state.counters[each.name + "_ms"] = 1e3 * median(each.seconds);
+        for (std::size_t other = 1; other < ways.size(); ++other)
+            state.counters["per_" + ways[other].name] = median(ways[0].seconds) / median(ways[other].seconds);
+    }
+
+private:
+    struct Way {
+        std::string name;
+        std::function<void()> job;
+        std::vector<double> seconds;
+    };
+
+    /// Processor time of this thread, which a busy machine disturbs less than the clock on the wall.
+    static double threadSeconds()
+    {
+        timespec time;
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return double(time.tv_sec) + 1e-9 * double(time.tv_nsec);
+    }
+    static double secondsOf(const std::function<void()>& job)
+    {
+        const double start = threadSeconds();
+        job();
+        return threadSeconds() - start;
+    }
+    static double median(std::vector<double> values)
+    {
+        const auto middle = values.begin() + long(values.size() / 2);
+        std::nth_element(values.begin(), middle, values.end());
+        return *middle;
+    }
+
+    std::vector<Way> ways;
+};

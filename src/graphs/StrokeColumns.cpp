@@ -1,0 +1,167 @@
+#include "graphs/StrokeColumns.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+namespace {
+
+/// Which pixels of a rectangle are inked: a row of bits for each column.
+class InkColumns
+{
+public:
+    explicit InkColumns(const QRect& area)
+        : area(area), wordsPerColumn((area.height() + wordBits - 1) / wordBits),
+          words(std::size_t(std::max(area.width(), 0)) * std::size_t(wordsPerColumn))
+    {
+    }
+
+    /// @param endRow behind the last row
+    void add(int column, int firstRow, int endRow)
+    {
+        Word* ink = columnInk(column);
+        const int first = firstRow - area.top();
+        const int last = endRow - 1 - area.top();
+        const Word head = ~Word(0) << (first % wordBits);
+        const Word tail = ~Word(0) >> (wordBits - 1 - last % wordBits);
+        const int firstWord = first / wordBits;
+        const int lastWord = last / wordBits;
+        if (firstWord == lastWord) {
+            ink[firstWord] |= head & tail;
+            return;
+        }
+        ink[firstWord] |= head;
+        std::fill(ink + firstWord + 1, ink + lastWord, ~Word(0));
+        ink[lastWord] |= tail;
+    }
+
+    /// One rectangle for each run of inked pixels of a column.
+    QVector<QRect> runs()
+    {
+        QVector<QRect> found;
+        for (int column = area.left(); column <= area.right(); ++column) {
+            const Word* ink = columnInk(column);
+            for (int row = nextRow(ink, 0, 0); row < area.height();) {
+                const int end = nextRow(ink, row, ~Word(0));
+                found.append(QRect(column, area.top() + row, 1, end - row));
+                row = nextRow(ink, end, 0);
+            }
+        }
+        return found;
+    }
+
+private:
+    using Word = std::uint64_t;
+    static constexpr int wordBits = 64;
+
+    Word* columnInk(int column)
+    {
+        return words.data() + std::size_t(column - area.left()) * std::size_t(wordsPerColumn);
+    }
+
+    /// Next row from this one on whose bit differs from those of the pattern, or the height.
+    int nextRow(const Word* ink, int row, Word pattern) const
+    {
+        while (row < area.height()) {
+            const Word differing = (ink[row / wordBits] ^ pattern) >> (row % wordBits);
+            if (differing)
+                return std::min(row + __builtin_ctzll(differing), area.height());
+            row = (row / wordBits + 1) * wordBits;
+        }
+        return area.height();
+    }
+
+    QRect area;
+    int wordsPerColumn;
+    std::vector<Word> words;
+};
+
+/// First row or column whose centre lies at or behind the coordinate, within limits.
+int firstCentre(double coordinate, int lowest, int highest)
+{
+    return int(std::ceil(std::clamp(coordinate, double(lowest), double(highest)) - 0.5));
+}
+
+class Strokes
+{
+public:
+    Strokes(double width, const QRect& clip) : half(width / 2), clip(clip), ink(clip) {}
+
+    void addSegment(QPointF from, QPointF to, bool isFirst, bool isLast)
+    {
+        const double length = std::hypot(to.x() - from.x(), to.y() - from.y());
+        if (!(length > 0))
+            return;
+        const QPointF along = (to - from) * (half / length);
+        const QPointF across(-along.y(), along.x());
+        if (hasPrevious)
+            addJoin(from, along, across);
+        if (isFirst)
+            from -= along;
+        if (isLast)
+            to += along;
+        const QPointF corners[4] = {from + across, to + across, to - across, from - across};
+        addConvex(corners, 4);
+        previousAlong = along;
+        previousAcross = across;
+        hasPrevious = true;
+    }
+
+    QVector<QRect> runs() { return ink.runs(); }
+
+private:
+    /// The bevel on the outer side of the bend.
+    void addJoin(const QPointF& at, const QPointF& along, const QPointF& across)
+    {
+        const double turn = previousAlong.x() * along.y() - previousAlong.y() * along.x();
+        const double side = turn > 0 ? -1 : 1;
+        const QPointF corners[3] = {at, at + side * previousAcross, at + side * across};
+        addConvex(corners, 3);
+    }
+
+    void addConvex(const QPointF* corners, int count);
+
+    double half;
+    QRect clip;
+    InkColumns ink;
+    QPointF previousAlong;
+    QPointF previousAcross;
+    bool hasPrevious = false;
+};
+
+void Strokes::addConvex(const QPointF* corners, int count)
+{
+    const auto byX = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
+    const auto sides = std::minmax_element(corners, corners + count, byX);
+    const int firstColumn = firstCentre(sides.first->x(), clip.left(), clip.right() + 1);
+    const int endColumn = firstCentre(sides.second->x(), clip.left(), clip.right() + 1);
+    for (int column = firstColumn; column < endColumn; ++column) {
+        const double x = column + 0.5;
+        double top = clip.bottom() + 1;
+        double bottom = clip.top();
+        for (int corner = 0; corner < count; ++corner) {
+            const QPointF& a = corners[corner];
+            const QPointF& b = corners[corner + 1 == count ? 0 : corner + 1];
+            if ((a.x() <= x) == (b.x() <= x))
+                continue;
+            const double y = a.y() + (x - a.x()) * (b.y() - a.y()) / (b.x() - a.x());
+            top = std::min(top, y);
+            bottom = std::max(bottom, y);
+        }
+        const int firstRow = firstCentre(top, clip.top(), clip.bottom() + 1);
+        const int endRow = firstCentre(bottom, clip.top(), clip.bottom() + 1);
+        if (firstRow < endRow)
+            ink.add(column, firstRow, endRow);
+    }
+}
+
+} // namespace
+
+QVector<QRect> strokeColumns(const QPointF* points, int count, double width, const QRect& clip)
+{
+    Strokes strokes(width, clip);
+    for (int point = 1; point < count; ++point)
+        strokes.addSegment(points[point - 1], points[point], point == 1, point == count - 1);
+    return strokes.runs();
+}
