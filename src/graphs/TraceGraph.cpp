@@ -23,7 +23,8 @@ double devicePixelRatio(const QCPPainter* painter)
 
 bool drawsPixels(const QCPPainter* painter)
 {
-    return !painter->antialiasing() && !painter->modes().testFlag(QCPPainter::pmVectorized);
+    return !painter->antialiasing() && !painter->modes().testFlag(QCPPainter::pmVectorized) &&
+           !painter->modes().testFlag(QCPPainter::pmNonCosmetic);
 }
 
 bool isWide(const QCPPainter* painter)
@@ -58,7 +59,10 @@ QImage scatterStamp(const QCPScatterStyle& style, const QPen& pen, int reach, do
     return stamp;
 }
 
-/// Grows to hold every finite value of the sign domain.
+/// Axes end at 1e250; half of it leaves room for a range from one end to the other.
+constexpr double farValue = 4e249;
+
+/// Grows to hold every value of the sign domain that an axis can show.
 class RangeFinder
 {
 public:
@@ -66,7 +70,7 @@ public:
 
     void add(double value)
     {
-        if (!std::isfinite(value) || (signDomain == QCP::sdPositive && value <= 0) ||
+        if (!(std::abs(value) < farValue) || (signDomain == QCP::sdPositive && value <= 0) ||
             (signDomain == QCP::sdNegative && value >= 0))
             return;
         lower = std::min(lower, value);
@@ -75,7 +79,14 @@ public:
     QCPRange range(bool& found) const
     {
         found = lower <= upper;
-        return found ? QCPRange(lower, upper) : QCPRange();
+        if (!found)
+            return QCPRange();
+        // An axis refuses ends of one sign whose quotient overflows; next to the far one the near one is zero.
+        if (lower > 0 && std::isinf(upper / lower))
+            return QCPRange(0, upper);
+        if (upper < 0 && std::isinf(lower / upper))
+            return QCPRange(lower, 0);
+        return QCPRange(lower, upper);
     }
 
 private:

@@ -1,0 +1,475 @@
+#include "app/Globals.h"
+#include "double/KoralinkDouble.h"
+#include "graphs/WidgetGraphXY.h"
+#include "hardware/ConfigFile.h"
+#include "hardware/LoopConfiguration.h"
+#include "stream/Updater.h"
+#include "support/MessageBoxes.h"
+#include "support/Operator.h"
+#include "support/World.h"
+
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QtTest>
+#include <qcustomplot.h>
+
+#include <memory>
+
+using namespace koralink_double;
+using operate::find;
+
+namespace {
+
+/// What is agreed about the codes, written down once more for comparison: loops that run, axes that a click checks,
+/// and the marker: | vertical, - horizontal, + by the monitors, blank none.
+struct Agreed {
+    const char* loops;
+    const char* checked;
+    char marker;
+};
+const Agreed agreed[15] = {
+    {"Xlf", "X", '|'},
+    {"Xlf Xhf", "X", '|'},
+    {"Xlf Ylf", "XY", '+'},
+    {"Xlf Yhf", "X", '+'},
+    {"Xlf Xhf Ylf", "XY", '+'},
+    {"Xlf Xhf Yhf", "X", ' '},
+    {"Xlf Ylf Yhf", "XY", '+'},
+    {"Xlf Xhf Ylf Yhf", "XY", '+'},
+    {"Xhf", "", '|'},
+    {"Xhf Ylf", "Y", '+'},
+    {"Xhf Yhf", "", '+'},
+    {"Xhf Ylf Yhf", "Y", '+'},
+    {"Ylf", "Y", '-'},
+    {"Ylf Yhf", "Y", '-'},
+    {"Yhf", "", '-'},
+};
+
+QVector<QPointF> pointsOf(QCPGraph* graph)
+{
+    QVector<QPointF> points;
+    for (auto point = graph->data()->constBegin(); point != graph->data()->constEnd(); ++point)
+        points.append(QPointF(point->key, point->value));
+    return points;
+}
+
+} // namespace
+
+class GraphXYTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<World> world;
+    std::unique_ptr<WidgetGraphXY> graph;
+    QCustomPlot* plot = nullptr;
+
+    void show(int bpm)
+    {
+        graph = std::make_unique<WidgetGraphXY>(bpm, nullptr);
+        plot = find<QCustomPlot>(graph.get(), "graph");
+        graph->resize(500, 500);
+        graph->show();
+        QVERIFY(QTest::qWaitForWindowExposed(graph.get()));
+        plot->xAxis->setRange(-100, 100);
+        plot->yAxis->setRange(-50, 50);
+        plot->replot();
+        operate::press(find<QPushButton>(graph.get(), "targetEnable"));
+        userLevel = 2;
+        clearCalls();
+    }
+
+    /// Clicks the pixel nearest to a place. @return the place of that pixel
+    QPointF click(double x, double y)
+    {
+        const QPoint pixel(qRound(plot->xAxis->coordToPixel(x)), qRound(plot->yAxis->coordToPixel(y)));
+        QTest::mouseClick(plot, Qt::LeftButton, Qt::NoModifier, pixel);
+        return QPointF(plot->xAxis->pixelToCoord(pixel.x()), plot->yAxis->pixelToCoord(pixel.y()));
+    }
+
+    static void setSelectors(int selectors)
+    {
+        bpmSelXlf = selectors & 1;
+        bpmSelXhf = selectors >> 1 & 1;
+        bpmSelYlf = selectors >> 2 & 1;
+        bpmSelYhf = selectors >> 3 & 1;
+    }
+
+    static std::vector<Call> setpointCalls()
+    {
+        std::vector<Call> found;
+        for (const Call& call : calls()) {
+            if (call.name == "setSetpoint")
+                found.push_back(call);
+        }
+        return found;
+    }
+
+private slots:
+    void init()
+    {
+        koralink_double::reset();
+        world = std::make_unique<World>();
+        configFile->writeROI(0, 80, 40, 0.0, 1e12, 50);
+        configFile->writeROI(1, 20, 10, 0.0, 1e12, 25);
+    }
+    void cleanup()
+    {
+        graph.reset();
+        world.reset();
+    }
+
+    void theTableOfConfigurationsIsTheAgreedOne()
+    {
+        for (int code = 0; code < 15; ++code) {
+            const LoopConfiguration& row = *loopConfiguration(code);
+            QString loops, checked;
+            for (int loop = 0; loop < loopCount; ++loop)
+                loops += row.runs(loop) ? QLatin1String(loopNames[loop]) + QLatin1Char(' ') : QString();
+            QCOMPARE(loops.trimmed(), QLatin1String(agreed[code].loops));
+            checked += QLatin1String(row.clickChecksX ? "X" : "") + QLatin1String(row.clickChecksY ? "Y" : "");
+            QCOMPARE(checked, QLatin1String(agreed[code].checked));
+            QCOMPARE(loopConfigurationCode(row.mask), code);
+        }
+        const int byMask[15] = {0, 8, 1, 12, 2, 9, 4, 14, 3, 10, 5, 13, 6, 11, 7};
+        for (int mask = 1; mask <= 15; ++mask)
+            QCOMPARE(loopConfigurationCode(mask), byMask[mask - 1]);
+        for (int code : {-128, -1, 15, 127})
+            QVERIFY(!loopConfiguration(code));
+    }
+
+    void startsWithTheLimitsOfItsMonitorAndTheirZoom_data()
+    {
+        QTest::addColumn<int>("bpm");
+        QTest::addColumn<QPointF>("roi");
+        QTest::addColumn<QPointF>("roc");
+        QTest::newRow("BPM1") << 0 << QPointF(80, 40) << QPointF(40, 20);
+        QTest::newRow("BPM2") << 1 << QPointF(20, 10) << QPointF(5, 2.5);
+    }
+    void startsWithTheLimitsOfItsMonitorAndTheirZoom()
+    {
+        QFETCH(int, bpm);
+        QFETCH(QPointF, roi);
+        QFETCH(QPointF, roc);
+        const WidgetGraphXY widget(bpm, nullptr);
+        auto* custom = find<QCustomPlot>(&widget, "graph");
+        QCOMPARE(custom->itemCount(), 2);
+        auto* rectROI = qobject_cast<QCPItemRect*>(custom->item(0));
+        auto* rectROC = qobject_cast<QCPItemRect*>(custom->item(1));
+        QCOMPARE(rectROI->topLeft->coords(), QPointF(roi.x(), -roi.y()));
+        QCOMPARE(rectROI->bottomRight->coords(), QPointF(-roi.x(), roi.y()));
+        QCOMPARE(rectROC->topLeft->coords(), QPointF(roc.x(), -roc.y()));
+        QCOMPARE(rectROC->bottomRight->coords(), QPointF(-roc.x(), roc.y()));
+        QCOMPARE(rectROI->pen(), QPen(QColor(50, 250, 50, 240), 1.5));
+        QCOMPARE(rectROC->pen(), QPen(QColor(250, 70, 70, 240), 1.5));
+        QVERIFY(rectROI->visible() && rectROC->visible());
+        QCOMPARE(custom->xAxis->range().lower, -roc.x());
+        QCOMPARE(custom->xAxis->range().upper, roc.x());
+        QCOMPARE(custom->yAxis->range().lower, -roc.y());
+        QCOMPARE(custom->yAxis->range().upper, roc.y());
+    }
+
+    void cloudAndTargetHaveTheirPens()
+    {
+        WidgetGraphXY widget(0, nullptr);
+        auto* custom = find<QCustomPlot>(&widget, "graph");
+        QCOMPARE(custom->graphCount(), 2);
+        QCPGraph* cloud = custom->graph(0);
+        QCOMPARE(cloud->pen(), QPen(QColor(250, 250, 200, 240), 2.0));
+        QCOMPARE(cloud->lineStyle(), QCPGraph::lsNone);
+        QCOMPARE(cloud->scatterStyle().shape(), QCPScatterStyle::ssCross);
+        QCOMPARE(cloud->scatterStyle().size(), 2.0);
+        QCPGraph* target = custom->graph(1);
+        QCOMPARE(target->pen(), QPen(QColor(0, 191, 250, 255), 2.0));
+        QCOMPARE(target->lineStyle(), QCPGraph::lsLine);
+        QCOMPARE(target->scatterStyle().shape(), QCPScatterStyle::ssCross);
+        QCOMPARE(target->scatterStyle().size(), 15.0);
+        QVERIFY(!target->visible());
+        QCOMPARE(custom->interactions(), QCP::Interactions(QCP::iRangeZoom));
+        QCOMPARE(custom->xAxis->label(), QStringLiteral("Horizontal position [um]"));
+        QCOMPARE(custom->yAxis->label(), QStringLiteral("Vertical position [um]"));
+        QCOMPARE(find<QPushButton>(&widget, "resetZoomButton")->text(), QStringLiteral("Reset Zoom"));
+        auto* enable = find<QPushButton>(&widget, "targetEnable");
+        QCOMPARE(enable->text(), QStringLiteral("Target Enable"));
+        QVERIFY(enable->isCheckable() && !enable->isChecked());
+        QCPGraphDataContainer* const map = widget.dataMap();
+        QVERIFY(cloud->data().data() == map && map->isEmpty());
+    }
+
+    void newLimitsShowAtOnceAndResetZoomFollowsThem()
+    {
+        show(0);
+        graph->setLimits(8, 6, 0.5);
+        operate::press(find<QPushButton>(graph.get(), "resetZoomButton"));
+        QCOMPARE(plot->xAxis->range().lower, -4.0);
+        QCOMPARE(plot->xAxis->range().upper, 4.0);
+        QCOMPARE(plot->yAxis->range().lower, -3.0);
+        QCOMPARE(plot->yAxis->range().upper, 3.0);
+    }
+
+    void resetZoomDrawsNothingByItself()
+    {
+        show(0);
+        QSignalSpy redraws(plot, SIGNAL(afterReplot()));
+        graph->resetZoom();
+        QTest::qWait(30);
+        QCOMPARE(redraws.count(), 0);
+    }
+
+    void withoutSettingsThePlotKeepsItsOwnRange()
+    {
+        configFile->writeROI(0, 0, 0, 0, 0, 0);
+        const WidgetGraphXY widget(0, nullptr);
+        QVERIFY(find<QCustomPlot>(&widget, "graph")->xAxis->range().size() > 0);
+    }
+
+    void aClickWritesTheSetpointsOfTheLoopsThatThisMonitorFeeds_data()
+    {
+        QTest::addColumn<int>("bpm");
+        QTest::addColumn<int>("code");
+        for (int bpm = 0; bpm < 2; ++bpm) {
+            for (int code = 0; code < 15; ++code)
+                QTest::addRow("BPM%d, code %d", bpm + 1, code) << bpm << code;
+        }
+    }
+    void aClickWritesTheSetpointsOfTheLoopsThatThisMonitorFeeds()
+    {
+        QFETCH(int, bpm);
+        QFETCH(int, code);
+        show(bpm);
+        answers().pidConf = static_cast<signed char>(code);
+        const QStringList running = QString::fromLatin1(agreed[code].loops).split(QLatin1Char(' '));
+        for (int selectors = 0; selectors < 16; ++selectors) {
+            setSelectors(selectors);
+            clearCalls();
+            QSignalSpy changes(graph.get(), SIGNAL(XYchanged()));
+            const QPointF place = click(6, -4);
+            std::vector<std::vector<double>> expected;
+            const char* const names[4] = {"Xlf", "Xhf", "Ylf", "Yhf"};
+            const double values[4] = {place.x(), 0.0, place.y(), 0.0};
+            for (int loop = 0; loop < 4; ++loop) {
+                if (running.contains(QLatin1String(names[loop])) && (selectors >> loop & 1) == bpm)
+                    expected.push_back({double(loop), values[loop]});
+            }
+            std::vector<std::vector<double>> written;
+            for (const Call& call : setpointCalls())
+                written.push_back(call.arguments);
+            QCOMPARE(written, expected);
+            QCOMPARE(changes.count(), 1);
+        }
+    }
+
+    void aClickOutsideTheLimitsIsRefusedOnTheCheckedAxesAlone_data()
+    {
+        QTest::addColumn<int>("code");
+        for (int code = 0; code < 15; ++code)
+            QTest::addRow("code %d", code) << code;
+    }
+    void aClickOutsideTheLimitsIsRefusedOnTheCheckedAxesAlone()
+    {
+        QFETCH(int, code);
+        show(0);
+        answers().pidConf = static_cast<signed char>(code);
+        const QString checked = QString::fromLatin1(agreed[code].checked);
+        const QVector<QPair<QPointF, QString>> places = {{QPointF(90, 0), QStringLiteral("X")},
+                                                         {QPointF(-90, 0), QStringLiteral("X")},
+                                                         {QPointF(0, 45), QStringLiteral("Y")},
+                                                         {QPointF(0, -45), QStringLiteral("Y")}};
+        for (const auto& [place, axis] : places) {
+            MessageBoxes boxes;
+            QSignalSpy changes(graph.get(), SIGNAL(XYchanged()));
+            clearCalls();
+            click(place.x(), place.y());
+            const bool refused = checked.contains(axis);
+            QCOMPARE(boxes.count(), refused ? 1 : 0);
+            QCOMPARE(changes.count(), refused ? 0 : 1);
+            QCOMPARE(setpointCalls().empty(), refused);
+            if (refused) {
+                QCOMPARE(boxes.boxes().at(0).title, QStringLiteral("Invalid setpoint"));
+                QCOMPARE(boxes.boxes().at(0).text, QStringLiteral("Setpoint was set outside Region of Interest.\n\n"));
+                QCOMPARE(boxes.boxes().at(0).icon, QMessageBox::Information);
+                QCOMPARE(boxes.boxes().at(0).buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+                QVERIFY(!boxes.boxes().at(0).hasParent);
+                QVERIFY(commands().empty());
+            }
+        }
+    }
+
+    void aValueExactlyOnTheLimitIsAcceptedAndTheNextPixelIsNot()
+    {
+        show(0);
+        answers().pidConf = 2;
+        const int pixelX = qRound(plot->xAxis->coordToPixel(60));
+        const int pixelY = qRound(plot->yAxis->coordToPixel(-30));
+        configFile->writeROI(0, plot->xAxis->pixelToCoord(pixelX), -plot->yAxis->pixelToCoord(pixelY), 0, 0, 50);
+        MessageBoxes boxes;
+        QTest::mouseClick(plot, Qt::LeftButton, Qt::NoModifier, QPoint(pixelX, pixelY));
+        QCOMPARE(boxes.count(), 0);
+        QCOMPARE(setpointCalls().size(), std::size_t(2));
+        QTest::mouseClick(plot, Qt::LeftButton, Qt::NoModifier, QPoint(pixelX + 1, pixelY));
+        QCOMPARE(boxes.count(), 1);
+        QTest::mouseClick(plot, Qt::LeftButton, Qt::NoModifier, QPoint(pixelX, pixelY + 1));
+        QCOMPARE(boxes.count(), 2);
+        QCOMPARE(setpointCalls().size(), std::size_t(2));
+    }
+
+    void theStoredLimitsCountAndNotTheDrawnOnes()
+    {
+        show(0);
+        graph->setLimits(1, 1, 1);
+        MessageBoxes boxes;
+        click(70, 30);
+        QCOMPARE(boxes.count(), 0);
+        configFile->writeROI(0, 10, 10, 0, 0, 50);
+        click(70, 30);
+        QCOMPARE(boxes.count(), 1);
+    }
+
+    void aClickWithoutLevelOrWithoutTheButtonDoesNothing()
+    {
+        show(0);
+        QSignalSpy changes(graph.get(), SIGNAL(XYchanged()));
+        for (int level : {0, -1, 3}) {
+            userLevel = level;
+            click(1, 1);
+        }
+        QVERIFY(calls().empty());
+        for (int level : {1, 2}) {
+            userLevel = level;
+            click(1, 1);
+        }
+        QCOMPARE(changes.count(), 2);
+        clearCalls();
+        operate::press(find<QPushButton>(graph.get(), "targetEnable"));
+        click(1, 1);
+        QVERIFY(calls().empty());
+        QCOMPARE(changes.count(), 2);
+    }
+
+    void theButtonStaysCheckedForFurtherClicks()
+    {
+        show(0);
+        click(1, 1);
+        click(2, 2);
+        QVERIFY(find<QPushButton>(graph.get(), "targetEnable")->isChecked());
+        QCOMPARE(setpointCalls().size(), std::size_t(2));
+    }
+
+    void aPressCountsAndNotTheRelease()
+    {
+        show(0);
+        QTest::mousePress(plot, Qt::LeftButton, Qt::NoModifier, QPoint(200, 200));
+        QCOMPARE(setpointCalls().size(), std::size_t(1));
+        QTest::mouseRelease(plot, Qt::LeftButton, Qt::NoModifier, QPoint(200, 200));
+        QCOMPARE(setpointCalls().size(), std::size_t(1));
+    }
+
+    void aCodeThatNamesNoConfigurationWritesNothingAndIsStillAnnounced()
+    {
+        show(0);
+        MessageBoxes boxes;
+        QSignalSpy changes(graph.get(), SIGNAL(XYchanged()));
+        for (int code : {15, 127, -1, -128}) {
+            answers().pidConf = static_cast<signed char>(code);
+            click(90, 45);
+        }
+        QVERIFY(commands().empty());
+        QCOMPARE(boxes.count(), 0);
+        QCOMPARE(changes.count(), 4);
+    }
+
+    void theMarkerFollowsCodeAndSelectors_data()
+    {
+        QTest::addColumn<int>("code");
+        for (int code : {-1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15})
+            QTest::addRow("code %d", code) << code;
+    }
+    void theMarkerFollowsCodeAndSelectors()
+    {
+        QFETCH(int, code);
+        bpmScaleX[0] = 300;
+        bpmScaleY[0] = 400;
+        bpmScaleX[1] = 500;
+        bpmScaleY[1] = 600;
+        answers().pidConf = static_cast<signed char>(code);
+        answers().setpoints[0] = 11;
+        answers().setpoints[1] = 111;
+        answers().setpoints[2] = 22;
+        answers().setpoints[3] = 222;
+        const char kind = code >= 0 && code < 15 ? agreed[code].marker : ' ';
+        for (int bpm = 0; bpm < 2; ++bpm) {
+            const QVector<QPointF> vertical = {QPointF(11, -bpmScaleY[bpm]), QPointF(11, bpmScaleY[bpm])};
+            const QVector<QPointF> horizontal = {QPointF(-bpmScaleX[bpm], 22), QPointF(bpmScaleX[bpm], 22)};
+            for (int selectors = 0; selectors < 16; ++selectors) {
+                setSelectors(selectors);
+                const bool isX = bpm == bpmSelXlf;
+                const bool isY = bpm == bpmSelYlf;
+                QVector<QPointF> expected;
+                if ((kind == '|' && isX) || (kind == '+' && isX && !isY))
+                    expected = vertical;
+                if ((kind == '-' && isY) || (kind == '+' && isY && !isX))
+                    expected = horizontal;
+                if (kind == '+' && isX && isY)
+                    expected = {QPointF(11, 22)};
+                WidgetGraphXY widget(bpm, nullptr);
+                QCPGraph* target = find<QCustomPlot>(&widget, "graph")->graph(1);
+                widget.updateGraphXY();
+                QVERIFY(target->visible());
+                QCOMPARE(pointsOf(target), expected);
+                QCOMPARE(target->lineStyle(), QCPGraph::lsLine);
+                if (expected.size() == 1) {
+                    QCOMPARE(target->scatterStyle().shape(), QCPScatterStyle::ssCross);
+                    QCOMPARE(target->scatterStyle().size(), 6.0);
+                } else if (expected.size() == 2) {
+                    QCOMPARE(target->scatterStyle().shape(), QCPScatterStyle::ssNone);
+                }
+            }
+        }
+    }
+
+    void splitAxesShowALineOnEachGraphAndAClickMovesOnlyItsOwn()
+    {
+        answers().pidConf = 2;
+        setSelectors(0b1100);
+        show(0);
+        graph->updateGraphXY();
+        QCOMPARE(pointsOf(plot->graph(1)).size(), 2);
+        QCOMPARE(pointsOf(plot->graph(1)).at(0).x(), pointsOf(plot->graph(1)).at(1).x());
+        const QPointF place = click(5, 5);
+        QCOMPARE(setpointCalls().size(), std::size_t(1));
+        QCOMPARE(setpointCalls().at(0).arguments, (std::vector<double>{0.0, place.x()}));
+        show(1);
+        graph->updateGraphXY();
+        QCOMPARE(pointsOf(plot->graph(1)).at(0).y(), pointsOf(plot->graph(1)).at(1).y());
+    }
+
+    void theMarkerReadsTheLowFrequencySetpointsAlone()
+    {
+        show(0);
+        graph->updateGraphXY();
+        QVERIFY(setpointCalls().empty());
+        QVERIFY(commands().empty());
+        QVERIFY(!callsOf("getPIDconf").empty());
+    }
+
+    void aFailingReadOfSetpointsShowsTheMarkerAtTheCentre()
+    {
+        fail("getSetpoint");
+        answers().pidConf = 2;
+        show(0);
+        graph->updateGraphXY();
+        QCOMPARE(pointsOf(plot->graph(1)), (QVector<QPointF>{QPointF(0, 0)}));
+    }
+
+    void theMarkerIsRedrawnAtOnce()
+    {
+        show(0);
+        QTest::qWait(30);
+        QSignalSpy redraws(plot, SIGNAL(afterReplot()));
+        graph->updateGraphXY();
+        QTRY_COMPARE(redraws.count(), 1);
+    }
+};
+
+QTEST_MAIN(GraphXYTest)
+#include "GraphXYTest.moc"
