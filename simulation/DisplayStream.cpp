@@ -84,7 +84,7 @@ void DisplayStream::finish(DisplayRecord& record)
 void DisplayStream::copyNewest(void* destination, int count) const
 {
     // The place after the newest record is being filled.
-    const int kept = int(std::min<std::int64_t>(made, capacity - 1));
+    const int kept = int(std::min<std::int64_t>(made, largestBlock));
     const int copied = std::min(count, kept);
     const int first = (next - copied + capacity) % capacity;
     auto place = static_cast<unsigned char*>(destination);

@@ -236,6 +236,18 @@ private slots:
         QCOMPARE(installation.time(), 3.5);
     }
 
+    void firstStatisticsAndFirstBlockAreFullOfBeam()
+    {
+        TestClock clock;
+        Installation polled(clock, 1000);
+        QVERIFY(polled.statistics().bpm[0].posXStd > 1e-4);
+        Installation shown(clock, 1000);
+        std::vector<DisplayRecord> records(largestBlockRecords, DisplayRecord{});
+        QCOMPARE(shown.newestRecords(records.data(), largestBlockRecords), largestBlockRecords);
+        QVERIFY(records.front().int1 > 1e-6);
+        QVERIFY(std::memcmp(&records[0], &records[1], sizeof(DisplayRecord)) != 0);
+    }
+
     void faultsAreCountedAndGarbageCoversEverySlot()
     {
         Faults faults;
