@@ -34,6 +34,9 @@ namespace {
 
 constexpr int fixedDisplayRate = 1000;
 
+/// The fields of the PID panel gain nothing from more width, the graphs do.
+constexpr int widestPidPanel = 480;
+
 /// What an action of the menus triggers.
 struct ActionSlot {
     QAction* Ui::MainWindow::*action;
@@ -238,6 +241,7 @@ void MainWindow::connectTimeGraphs()
 void MainWindow::arrangeDocks()
 {
     ui->dockFFT->raise();
+    pidCtrl->setMaximumWidth(widestPidPanel);
     // Pixels of the form's own size; a larger window shares them out alike.
     resizeDocks({ui->dockXY1, ui->dockFFT}, {320, 380}, Qt::Vertical);
     resizeDocks({ui->dockXY1, ui->dockXY2, ui->dockFBctrl}, {425, 425, 430}, Qt::Horizontal);
