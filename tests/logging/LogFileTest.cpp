@@ -5,6 +5,7 @@
 #include "logging/SizeRotationStrategy.h"
 
 #include <QTemporaryDir>
+#include <QTextCodec>
 #include <QtTest>
 
 using namespace QsLogging;
@@ -111,6 +112,7 @@ private slots:
 
     void eachLineIsInTheFileAsSoonAsItIsWritten()
     {
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
         const DestinationPtr file = sized(1000, 1);
         file->write(LogMessage(QStringLiteral("\u00b5m \u20ac"), QDateTime(), 2));
         QCOMPARE(content("log"), QByteArray("INFO   \xc2\xb5m \xe2\x82\xac\n"));

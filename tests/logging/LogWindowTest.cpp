@@ -6,6 +6,7 @@
 
 #include <QClipboard>
 #include <QHeaderView>
+#include <QTextCodec>
 #include <QtTest>
 #include <QtWidgets>
 
@@ -294,6 +295,9 @@ private slots:
         add(DebugLevel, "hidden");
         add(InfoLevel, "one ");
         add(ErrorLevel, "two ");
+        // The table's own copy of its current cell must not come behind.
+        table()->selectionModel()->setCurrentIndex(table()->model()->index(0, 2),
+                                                   QItemSelectionModel::NoUpdate);
         QTest::keyClick(table(), Qt::Key_C, Qt::ControlModifier);
         QCOMPARE(clipboard(), QStringLiteral("INFO  2026-07-01T12:20:30.045 one \n"
                                              "ERROR 2026-07-01T12:20:30.045 two \n"));
@@ -335,18 +339,19 @@ private slots:
     void selectedRowsThatStayAreStillSelectedAfterAChangeOfTheLevel()
     {
         addOneOfEachLevel();
-        table()->selectionModel()->select(table()->model()->index(2, 0), // the error
+        table()->selectionModel()->select(table()->model()->index(3, 0), // the fatal one
                                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
         table()->selectionModel()->select(table()->model()->index(0, 0), // the information
                                           QItemSelectionModel::Select | QItemSelectionModel::Rows);
         levels()->setCurrentIndex(ErrorLevel);
         const QModelIndexList rows = table()->selectionModel()->selectedRows(2);
         QCOMPARE(rows.size(), 1);
-        QCOMPARE(rows.first().data().toString(), QStringLiteral("4"));
+        QCOMPARE(rows.first().data().toString(), QStringLiteral("5"));
     }
 
-    void saveWritesTheVisibleLines()
+    void saveWritesTheVisibleLinesAsUtf8()
     {
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
         QTemporaryDir folder;
         add(InfoLevel, "one");
         add(line(WarnLevel, QStringLiteral("2 \u00b5m")));
@@ -387,6 +392,18 @@ private slots:
         bar()->setValue(0);
         addMany(1);
         QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 201);
+    }
+
+    void windowThatChangesItsSizeStaysWhereItWasScrolledTo()
+    {
+        show();
+        addMany(200);
+        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 199);
+        bar()->setValue(10);
+        const int before = bar()->maximum();
+        window->resize(window->width(), window->height() - 100);
+        QTRY_VERIFY(bar()->maximum() > before);
+        QCOMPARE(bar()->value(), 10);
     }
 
     void viewStaysWhereItIsWithoutAutoScroll()
