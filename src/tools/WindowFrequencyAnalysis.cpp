@@ -24,6 +24,8 @@ namespace {
 
 constexpr int outputs = 4;
 constexpr int firstGeneratorMode = 2;
+/// Room for the tick labels, pixels: the same in both plots, so that equal frequencies stand above one another.
+constexpr int leftMargin = 105;
 
 const QColor plotColors[] = {QColor(255, 0, 0),   QColor(0, 255, 0),   QColor(0, 0, 255),
                              QColor(255, 255, 0), QColor(0, 255, 255), QColor(255, 0, 255)};
@@ -70,7 +72,11 @@ void dressPlot(QCustomPlot* plot, const char* valueLabel)
     for (QCPAxis* axis : {plot->xAxis, plot->yAxis}) {
         plot_dress::whiten(axis);
         axis->grid()->setSubGridVisible(true);
+        // Fainter than the traces, on the light and on the dark end of the background.
+        axis->grid()->setPen(QPen(QColor(255, 255, 255, 110), 1.0, Qt::DotLine));
+        axis->grid()->setSubGridPen(QPen(QColor(255, 255, 255, 45), 1.0, Qt::DotLine));
     }
+    plot->axisRect()->setMinimumMargins(QMargins(leftMargin, 15, 15, 15));
     plot->xAxis->setLabel(QStringLiteral("Frequency [Hz]"));
     plot->yAxis->setLabel(QLatin1String(valueLabel));
     const QSharedPointer<QCPAxisTickerLog> ticker(new QCPAxisTickerLog);
