@@ -2,6 +2,7 @@
 
 #include "app/Globals.h"
 #include "app/SimulatedSession.h"
+#include "app/TraceExtent.h"
 #include "hardware/MailboxComm.h"
 #include "stream/Updater.h"
 
@@ -11,27 +12,6 @@
 #include <qcustomplot.h>
 
 #include <cmath>
-
-namespace {
-
-struct Extent {
-    double mean;
-    double deviation;
-};
-
-Extent extentOf(const QCPDataMap& data)
-{
-    double sum = 0;
-    double squares = 0;
-    for (auto point = data.constBegin(); point != data.constEnd(); ++point)
-        sum += point->value;
-    const double mean = sum / data.size();
-    for (auto point = data.constBegin(); point != data.constEnd(); ++point)
-        squares += (point->value - mean) * (point->value - mean);
-    return {mean, std::sqrt(squares / data.size())};
-}
-
-} // namespace
 
 class LiveDisplayTest : public QObject
 {
@@ -56,14 +36,14 @@ private slots:
         for (int amplifier = 0; amplifier < 2; ++amplifier) {
             for (QCPDataMap* map : updater->dataCurrents[amplifier]) {
                 QCOMPARE(map->size(), 14336);
-                const Extent current = extentOf(*map);
+                const TraceExtent current(*map);
                 QVERIFY(current.mean > 1e-9 && current.mean < 1e-3);
                 QVERIFY(current.deviation > 0);
             }
-            QVERIFY(extentOf(*updater->dataInt[amplifier]).mean > 1e-9);
+            QVERIFY(TraceExtent(*updater->dataInt[amplifier]).mean > 1e-9);
         }
         for (QCPDataMap* map : {updater->dataPosX[0], updater->dataPosX[1], updater->dataPosY[0], updater->dataPosY[1]}) {
-            const Extent position = extentOf(*map);
+            const TraceExtent position(*map);
             QVERIFY(position.deviation > 0.01 && position.deviation < 100);
             QVERIFY(std::abs(position.mean) < 1000);
         }

@@ -33,6 +33,15 @@ private:
     {
         operate::press(operate::find<QDialogButtonBox>(window.get(), "buttonBox"), button);
     }
+    void changeEverythingAndCancel()
+    {
+        open();
+        rate()->setValue(3000);
+        filter()->setChecked(false);
+        samples()->setCurrentText(QStringLiteral("1024"));
+        pause()->click();
+        press(QStringLiteral("Cancel"));
+    }
     QDoubleSpinBox* rate() { return operate::find<QDoubleSpinBox>(window.get(), "dispFreqBox"); }
     QCheckBox* filter() { return operate::find<QCheckBox>(window.get(), "enableFilterCheckBox"); }
     QComboBox* samples() { return operate::find<QComboBox>(window.get(), "bufferSamplesComboBox"); }
@@ -177,12 +186,7 @@ private slots:
 
     void cancelChangesNothingButThePause()
     {
-        open();
-        rate()->setValue(3000);
-        filter()->setChecked(false);
-        samples()->setCurrentText(QStringLiteral("1024"));
-        pause()->click();
-        press(QStringLiteral("Cancel"));
+        changeEverythingAndCancel();
         QCOMPARE(SAMP_FREQ, 1000);
         QCOMPARE(dispBufferBytes, 0x380000);
         QVERIFY(commands().empty());
@@ -192,12 +196,7 @@ private slots:
 
     void reopeningAfterCancelShowsThePauseAndTheCancelledFilter()
     {
-        open();
-        rate()->setValue(3000);
-        filter()->setChecked(false);
-        samples()->setCurrentText(QStringLiteral("1024"));
-        pause()->click();
-        press(QStringLiteral("Cancel"));
+        changeEverythingAndCancel();
         window->showAndRefresh();
         QVERIFY(pause()->isChecked());
         QVERIFY(!filter()->isChecked());
