@@ -186,6 +186,22 @@ private slots:
         QCOMPARE(writes(), QStringList{record("3.9, 0, 0, 0")});
     }
 
+    void typedFractionFollowsTheSameRule()
+    {
+        window->showWindow();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        slider(1)->setValue(2);
+        box(1)->selectAll();
+        QTest::keyClicks(box(1), QStringLiteral("3.7"));
+        QCOMPARE(slider(1)->value(), 3);
+        QCOMPARE(box(1)->value(), 3.0);
+        box(1)->selectAll();
+        QTest::keyClicks(box(1), QStringLiteral("3.9"));
+        QCOMPARE(box(1)->value(), 3.9);
+        QTest::keyClick(box(1), Qt::Key_Return);
+        QVERIFY(window->isVisible());
+    }
+
     void twelveVoltsIsTheTopOfBoth()
     {
         box(3)->setValue(12.0);
