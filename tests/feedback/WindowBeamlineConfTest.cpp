@@ -476,6 +476,19 @@ private slots:
         QCOMPARE(counts(0, "vertOffsetCountsSpinBox")->value(), 999999999);
     }
 
+    void countsBeyondAnIntegerShowTheUpperLimit()
+    {
+        storeMonitor("BPM1", 1, 1000.0, 0.0, {0, 1, 2, 3});
+        storeMonitor("BPM2", 1, 1000.0, -900.0, {0, 1, 2, 3});
+        showAtLevel(2);
+        // 2^31 at the centre, nearly 2^32 towards the upper end, below nothing beyond the lower end.
+        for (int bpm = 0; bpm < 2; ++bpm)
+            QCOMPARE(counts(bpm, "horOffsetCountsSpinBox")->value(), 999999999);
+        storeMonitor("BPM1", 1, 1000.0, 5000.0, {0, 1, 2, 3});
+        window->showAndRefresh();
+        QCOMPARE(counts(0, "horOffsetCountsSpinBox")->value(), 0);
+    }
+
     void countsShowTheirLimitsForAScaleOfZero()
     {
         scratch_settings::setValue("BPM1/Offset_X", 1.0);
