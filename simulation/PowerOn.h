@@ -44,7 +44,7 @@ constexpr PidGains lowFrequencyGains = {0.002, 2.0, 0, 0, 2, 0, 10, 1};
 constexpr PidGains highFrequencyGains = {0.015, 0, 0, 0, 2, 0, 10, 1};
 
 /// Half widths of the region of interest, um, and the region of confidence as a share of it.
-constexpr double regionOfInterest = 100;
+constexpr double regionOfInterest = 40;
 constexpr double regionOfConfidence = 1.1;
 constexpr double beamOffAmps = 0.5e-6;
 

@@ -1,6 +1,6 @@
 #include "FortifiedCalls.h"
+#include "FreshInstallation.h"
 #include "hardware/koralink.h"
-#include "simulation/Control.h"
 #include "stream/DeviceRecords.h"
 #include "stream/DisplayRecord.h"
 
@@ -22,7 +22,6 @@
 #include <vector>
 
 using kora::simulation::Control;
-using kora::simulation::findControl;
 
 namespace {
 
@@ -65,10 +64,8 @@ class DeviceFilesTest : public QObject
 private slots:
     void init()
     {
-        control = findControl();
+        control = freshInstallation();
         QVERIFY(control);
-        control->useDrivenClock();
-        control->reset();
     }
 
     void everyFormOfOpenReachesTheDevices()

@@ -1,5 +1,5 @@
+#include "FreshInstallation.h"
 #include "hardware/koralink.h"
-#include "simulation/Control.h"
 #include "simulation/Operations.h"
 #include "stream/DisplayRecord.h"
 
@@ -17,7 +17,6 @@
 #include <vector>
 
 using kora::simulation::Control;
-using kora::simulation::findControl;
 
 namespace {
 
@@ -117,10 +116,8 @@ class LibraryTest : public QObject
 private slots:
     void init()
     {
-        control = findControl();
+        control = freshInstallation();
         QVERIFY(control);
-        control->useDrivenClock();
-        control->reset();
     }
 
     void everyOperationSucceedsAndFailsWhenTold()

@@ -163,10 +163,10 @@ private slots:
         plant.interlock().enable(0, true);
         plant.loops().enable(true);
         runSeconds(plant, 1);
-        plant.beam().kick(60, 0);
+        plant.beam().kick(20, 0);
         runSeconds(plant, 0.1);
         QCOMPARE(int(plant.loops().status()), int(PidStatusOn));
-        plant.beam().kick(200, 0);
+        plant.beam().kick(80, 0);
         runSeconds(plant, 0.01);
         QCOMPARE(int(plant.loops().status()), int(PidStatusOutOfRoc));
     }
