@@ -127,10 +127,9 @@ void WindowRocking3D::saveData()
     const QString proposed = QStringLiteral("KORA_rock3D_") +
                              QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_hh-mm-ss")) +
                              QStringLiteral(".csv");
-    const QPointer<WindowRocking3D> self(this);
     const QString chosen = QFileDialog::getSaveFileName(this, QStringLiteral("DialogTitle"), proposed,
                                                         QStringLiteral("CSV files (*.csv)"));
-    if (!self || chosen.isEmpty())
+    if (chosen.isEmpty())
         return;
     QFile file(chosen);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
