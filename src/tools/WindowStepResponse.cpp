@@ -187,8 +187,8 @@ void WindowStepResponse::selector_radioButton_changed()
 
 WindowStepResponse::Run WindowStepResponse::requestedRun() const
 {
-    int outputX, outputY, unused, outputI0;
-    configFile->readDACpos(&outputX, &outputY, &unused, &outputI0);
+    int outputX, outputY, otherOutput, outputI0;
+    configFile->readDACpos(&outputX, &outputY, &otherOutput, &outputI0);
     const struct
     {
         const QRadioButton* selector;
@@ -202,8 +202,12 @@ WindowStepResponse::Run WindowStepResponse::requestedRun() const
                  ui->posYStepDoubleSpinBox->value(), SlotPos1Y},
                 {ui->stepInI0button, outputI0, ui->i0biasDoubleSpinBox->value(),
                  ui->i0StepDoubleSpinBox->value(), SlotInt1}};
-    // The output that no axis drives stays at 0 V.
     Run run = {{}, {}, noSlot, SlotPos1X, 0, 0};
+    // The output that no axis drives rests where its controller leaves it with the feedback off: at 0 V it would
+    // throw the beam aside, and the answer would be that of another place.
+    const double restVolts = pidOffset(&ConfigFile::readPIDYlf);
+    run.base.set(otherOutput, restVolts);
+    run.stepped.set(otherOutput, restVolts);
     for (const auto& axis : axes) {
         run.base.set(axis.output, axis.bias);
         run.stepped.set(axis.output, axis.bias + axis.step);

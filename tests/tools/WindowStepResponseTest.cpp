@@ -271,6 +271,22 @@ private slots:
                               QStringLiteral("ioctl(/dev/kora_anvolt0, 3, 0, 2, 1, 1)")}));
     }
 
+    void outputThatNoAxisDrivesRestsAtItsOffset()
+    {
+        scratch_settings::setValue("PID_Ylf/Offset", 4.5);
+        scratch_settings::setValue("Beamline/DAC_posYlf", 2);
+        run();
+        QCOMPARE(operate::lines(callsOf("ioctl")),
+                 QStringList({QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 4.5, 0, 1)"),
+                              QStringLiteral("ioctl(/dev/kora_anvolt0, 0.1, 0, 4.5, 0, 1)"),
+                              QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 4.5, 0, 1)")}));
+        // An output that an axis drives belongs to the axis.
+        scratch_settings::setValue("Beamline/DAC_posYlf", 0);
+        clearCalls();
+        run();
+        QCOMPARE(operate::lines(callsOf("ioctl")).first(), QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)"));
+    }
+
     void outputNumbersOutsideTheUnitAreHarmless()
     {
         scratch_settings::setValue("Beamline/DAC_posXlf", 400);
