@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <complex>
 #include <vector>
 
@@ -12,6 +13,7 @@ struct ActuatorModel {
     double resonance;  ///< natural frequency, Hz
     double damping;    ///< damping ratio, 0 < damping < 1
     double deadTime;   ///< s, a whole number of steps of the physics
+    double travel;     ///< end stops of the mirror, micrometres at BPM1 to either side of the axis
 };
 
 /// Second-order system with dead time behind a held output:
@@ -28,7 +30,10 @@ public:
     /// Where the mechanics stands, as the constant voltage that would have brought it there.
     double settledVolts() const { return position; }
     /// Displacement of the beam at BPM1, micrometres.
-    double displacement() const { return model.gain * (position - model.neutral); }
+    double displacement() const
+    {
+        return std::clamp(model.gain * (position - model.neutral), -model.travel, model.travel);
+    }
 
     /// Closed form of the response from output to displacement at one frequency, micrometres per volt; the hold of
     /// the output counts as half a step of delay.

@@ -29,10 +29,10 @@ constexpr double totalCurrent = 5e-6;
 /// Outputs at rest and the middle of every actuator, V.
 constexpr double restVolts = 5;
 /// Behind outputs 0 to 3: coarse X, fine X, coarse Y, fine Y.
-constexpr ActuatorModel actuators[4] = {{200, restVolts, 300, 0.6, 200e-6},
-                                        {20, restVolts, 1200, 0.7, 100e-6},
-                                        {200, restVolts, 260, 0.6, 200e-6},
-                                        {20, restVolts, 1000, 0.7, 100e-6}};
+constexpr ActuatorModel actuators[4] = {{200, restVolts, 300, 0.6, 200e-6, 250},
+                                        {20, restVolts, 1200, 0.7, 100e-6, 25},
+                                        {200, restVolts, 260, 0.6, 200e-6, 250},
+                                        {20, restVolts, 1000, 0.7, 100e-6, 25}};
 /// Outputs 0 and 1 also tune the flux: exp(-(v - peak)^2 / (2 width^2)).
 constexpr double tuningPeak = 5;
 constexpr double tuningWidth = 0.5;

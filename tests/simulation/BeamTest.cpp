@@ -225,6 +225,17 @@ private slots:
         }
     }
 
+    void actuatorStopsAtTheEndOfItsTravel()
+    {
+        const ActuatorModel& model = powerOn::actuators[2];
+        const Actuator resting(model, 0);
+        QCOMPARE(resting.displacement(), -model.travel);
+        QCOMPARE(Actuator(model, 12).displacement(), model.travel);
+        // What the stops hold back is no memory: where the mechanics would stand still tunes and returns.
+        QCOMPARE(resting.settledVolts(), 0.0);
+        QCOMPARE(Actuator(model, 4).displacement(), -model.gain);
+    }
+
     void actuatorFollowsTheClosedFormOfASine_data()
     {
         QTest::addColumn<double>("hertz");

@@ -284,7 +284,8 @@ private slots:
         scratch_settings::setValue("Beamline/DAC_posYlf", 0);
         clearCalls();
         run();
-        QCOMPARE(operate::lines(callsOf("ioctl")).first(), QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)"));
+        QCOMPARE(operate::lines(callsOf("ioctl")).first(),
+                 QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)"));
     }
 
     void outputNumbersOutsideTheUnitAreHarmless()
