@@ -45,8 +45,8 @@ void WidgetPidCtrl::showStoredParams()
 {
     for (int loop = 0; loop < loopCount; ++loop) {
         double Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset;
-        (configFile->*accessors[loop].read)(&Freq, &Kp, &Ki, &Kd, &emin, &Imax, &Omin, &Omax, &Ogain,
-                                            &Offset);
+        const auto read = accessors[loop].read;
+        (configFile->*read)(&Freq, &Kp, &Ki, &Kd, &emin, &Imax, &Omin, &Omax, &Ogain, &Offset);
         params[loop]->setFreq(Freq);
         params[loop]->setParams(Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset);
     }
@@ -71,7 +71,8 @@ void WidgetPidCtrl::savePIDparams()
         const WidgetPIDparams& p = *params[loop];
         mailbox->setPIDparams(static_cast<signed char>(loop), p.Kp(), p.Ki(), p.Kd(), p.emin(), p.Imax(),
                               p.Omin(), p.Omax(), p.Ogain());
-        (configFile->*accessors[loop].write)(p.freq(), p.Kp(), p.Ki(), p.Kd(), p.emin(), p.Imax(), p.Omin(),
-                                             p.Omax(), p.Ogain(), p.offset());
+        const auto write = accessors[loop].write;
+        (configFile->*write)(p.freq(), p.Kp(), p.Ki(), p.Kd(), p.emin(), p.Imax(), p.Omin(), p.Omax(),
+                             p.Ogain(), p.offset());
     }
 }

@@ -16,7 +16,8 @@ class QLed : public QWidget
     Q_PROPERTY(ledShape shape READ shape WRITE setShape DESIGNABLE true)
 
 public:
-    enum ledColor
+    // Of type int, since a property can carry any number; what is no lamp draws nothing.
+    enum ledColor : int
     {
         Red = 0,
         Green = 1,
@@ -27,7 +28,7 @@ public:
         Blue = 6
     };
     Q_ENUM(ledColor)
-    enum ledShape
+    enum ledShape : int
     {
         Circle = 0,
         Square = 1,
