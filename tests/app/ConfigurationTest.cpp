@@ -288,18 +288,18 @@ private slots:
         QWidget* window = outputs();
         for (const char* slider : {"ch1slider", "ch2slider", "ch3slider", "ch4slider"})
             find<QSlider>(window, slider)->setValue(5);
-        set(window, "boxCh4", 7);
+        set(window, "boxCh3", 5.2);
         session->tick(2);
         QVERIFY(isNear(mean(updater->dataPosY[Bpm1]), 0, 1));
         auto* manual = find<QCheckBox>(window, "checboxEnableMan");
         manual->click();
         session->tick(2);
-        // The fine actuator of Y moves 20 um a volt.
+        // The coarse actuator of Y moves 200 um a volt.
         QVERIFY(isNear(mean(updater->dataPosY[Bpm1]), 40, 2));
-        QCOMPARE(session->plant().outputVolts(3), 7.0);
+        QCOMPARE(session->plant().outputVolts(2), 5.2);
         window->close();
         session->tick();
-        QCOMPARE(session->plant().outputVolts(3), 7.0);
+        QCOMPARE(session->plant().outputVolts(2), 5.2);
         outputs();
         QVERIFY(manual->isChecked());
         manual->click();
