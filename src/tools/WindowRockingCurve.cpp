@@ -2,6 +2,7 @@
 
 #include "app/Globals.h"
 #include "graphs/PlotDress.h"
+#include "graphs/TraceGraph.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceFile.h"
@@ -88,7 +89,7 @@ void WindowRockingCurve::dressPlot()
 {
     QCustomPlot* plot = ui->graph;
     plot->setBackground(QBrush(Qt::darkGray));
-    plot->setNotAntialiasedElements(QCP::aeAll);
+    plot_dress::drawPlain(plot);
     plot->xAxis->setLabel(QStringLiteral(" Output voltage [V] "));
     plot->xAxis->setRange(4, 6);
     plot->yAxis->setLabel(QStringLiteral(" Input current [A] "));
@@ -97,7 +98,8 @@ void WindowRockingCurve::dressPlot()
     plot->setInteractions(QCP::iRangeDrag | QCP::iRangeZoom);
     for (const TracePen& pen : tracePens) {
         const auto& c = pen.rgba;
-        plot->addGraph()->setPen(QPen(QColor(c[0], c[1], c[2], c[3]), pen.width));
+        auto* graph = new TraceGraph(plot->xAxis, plot->yAxis);
+        graph->setPen(QPen(QColor(c[0], c[1], c[2], c[3]), pen.width));
     }
 }
 

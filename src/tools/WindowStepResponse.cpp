@@ -1,6 +1,8 @@
 #include "tools/WindowStepResponse.h"
 
 #include "app/Globals.h"
+#include "graphs/PlotDress.h"
+#include "graphs/TraceGraph.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceFile.h"
@@ -69,6 +71,7 @@ QCPItemText* makeText(QCustomPlot* plot, const QString& text, const QColor& colo
     item->setText(text);
     item->setColor(colour);
     item->setPositionAlignment(alignment);
+    item->setPadding(QMargins(4, 2, 4, 2));
     item->position->setAxes(plot->xAxis, plot->yAxis2);
     item->setVisible(false);
     return item;
@@ -128,17 +131,16 @@ void WindowStepResponse::dressPlot()
     gradient.setColorAt(0, QColor(250, 250, 250));
     gradient.setColorAt(1, QColor(220, 220, 220));
     plot->setBackground(QBrush(gradient));
-    plot->setNotAntialiasedElements(QCP::aePlottables);
+    plot_dress::drawPlain(plot);
     plot->yAxis2->setVisible(true);
 
-    stimulusMap = new QCPDataMap;
-    plot->addGraph(plot->xAxis, plot->yAxis)->setName(QStringLiteral("Stimulus"));
-    plot->graph(0)->setData(QSharedPointer<QCPDataMap>(stimulusMap));
-
-    responseMap = new QCPDataMap;
-    plot->addGraph(plot->xAxis, plot->yAxis2)->setName(QStringLiteral("Response"));
-    plot->graph(1)->setPen(QPen(QColor(200, 0, 0)));
-    plot->graph(1)->setData(QSharedPointer<QCPDataMap>(responseMap));
+    auto* stimulus = new TraceGraph(plot->xAxis, plot->yAxis);
+    stimulus->setName(QStringLiteral("Stimulus"));
+    stimulusMap = stimulus->shareNewData();
+    auto* response = new TraceGraph(plot->xAxis, plot->yAxis2);
+    response->setName(QStringLiteral("Response"));
+    response->setPen(QPen(QColor(200, 0, 0)));
+    responseMap = response->shareNewData();
 
     plot->setInteractions(QCP::iRangeDrag | QCP::iRangeZoom | QCP::iSelectAxes);
     plot->axisRect()->setRangeZoom(Qt::Horizontal);
@@ -203,8 +205,8 @@ WindowStepResponse::Run WindowStepResponse::requestedRun() const
                 {ui->stepInI0button, outputI0, ui->i0biasDoubleSpinBox->value(),
                  ui->i0StepDoubleSpinBox->value(), SlotInt1}};
     Run run = {{}, {}, noSlot, SlotPos1X, 0, 0};
-    // The output that no axis drives rests where its controller leaves it with the feedback off: at 0 V it would
-    // throw the beam aside, and the answer would be that of another place.
+    // The output that no axis drives rests where its controller leaves it with the feedback off: at 0 V it
+    // would throw the beam aside, and the answer would be that of another place.
     const double restVolts = pidOffset(&ConfigFile::readPIDYlf);
     run.base.set(otherOutput, restVolts);
     run.stepped.set(otherOutput, restVolts);
