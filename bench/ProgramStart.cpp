@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QThread>
 
 #include <poll.h>
 #include <xcb/xcb.h>
@@ -21,17 +22,56 @@ ProgramStart::ProgramStart(const char* program) : program(program), connection(x
 
 double ProgramStart::seconds()
 {
+    return secondsUntil(&ProgramStart::waitForWindow);
+}
+
+double ProgramStart::secondsToPicture()
+{
+    return secondsUntil(&ProgramStart::waitForPicture);
+}
+
+double ProgramStart::secondsUntil(bool (ProgramStart::*sign)(int))
+{
     if (xcb_connection_has_error(connection.get()))
         return -1.0;
     QProcess process;
     QElapsedTimer timer;
     timer.start();
     process.start(QString::fromLocal8Bit(program), QStringList());
-    const bool came = waitForWindow(10000);
+    const bool came = (this->*sign)(10000);
     const double elapsed = double(timer.nsecsElapsed()) * 1e-9;
     process.kill();
     process.waitForFinished();
     return came ? elapsed : -1.0;
+}
+
+bool ProgramStart::waitForPicture(int patienceMs)
+{
+    QElapsedTimer waiting;
+    waiting.start();
+    if (!waitForWindow(patienceMs))
+        return false;
+    while (cornerIsBlack()) {
+        if (waiting.elapsed() > patienceMs)
+            return false;
+        QThread::usleep(500);
+    }
+    return true;
+}
+
+/// The empty display of a virtual server is black, and so is a window without a picture.
+bool ProgramStart::cornerIsBlack()
+{
+    const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data;
+    xcb_get_image_reply_t* image = xcb_get_image_reply(
+        connection.get(),
+        xcb_get_image(connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, screen->root, 10, 10, 1, 1, ~0u), nullptr);
+    if (!image)
+        return true;
+    const std::uint8_t* pixel = xcb_get_image_data(image);
+    const bool black = pixel[0] == 0 && pixel[1] == 0 && pixel[2] == 0;
+    std::free(image);
+    return black;
 }
 
 bool ProgramStart::waitForWindow(int patienceMs)

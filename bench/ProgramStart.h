@@ -17,13 +17,21 @@ public:
     /// @return seconds; negative when no window came within ten seconds
     double seconds();
 
+    /// From the start of the process to the first picture in its first window, which must stand at the corner of
+    /// the display, as it does without a window manager. The program is ended as soon as it is there.
+    /// @return seconds; negative when no picture came within ten seconds
+    double secondsToPicture();
+
 private:
     struct Disconnect
     {
         void operator()(xcb_connection_t* connection) const;
     };
 
+    double secondsUntil(bool (ProgramStart::*sign)(int));
     bool waitForWindow(int patienceMs);
+    bool waitForPicture(int patienceMs);
+    bool cornerIsBlack();
 
     const char* program;
     std::unique_ptr<xcb_connection_t, Disconnect> connection;

@@ -8,7 +8,7 @@ buildPackages=(
 )
 runPackages=(imagemagick openbox x11-utils)
 testPackages=(binutils bubblewrap imagemagick)
-benchPackages=(libbenchmark-dev libqwt-qt5-dev libspdlog-dev)
+benchPackages=(libbenchmark-dev libqwt-qt5-dev libspdlog-dev libxcb1-dev)
 
 # Runs a command as root: directly, or with sudo.
 asRoot() {

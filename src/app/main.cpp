@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QIcon>
 #include <QTimer>
 
 #include <cstring>
@@ -80,6 +81,7 @@ int main(int argc, char** argv)
     startMailbox(workerThread);
 
     QApplication application(argc, argv);
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/images/kora-local-ui.png")));
     const TerminationSignals terminationSignals;
     QObject::connect(&application, SIGNAL(lastWindowClosed()), &workerThread, SLOT(quit()));
     mailbox->getSystemVersion(&hwTimestampText, &swVersionText, &pidVersionText);
