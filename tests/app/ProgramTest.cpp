@@ -4,6 +4,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <algorithm>
 #include <csignal>
 
 namespace {
@@ -124,10 +125,62 @@ private slots:
         QVERIFY(calls.contains(QStringLiteral("getPIDstatus()")));
     }
 
-    void otherArgumentsAreIgnored()
+    void traceIsTheOnlyArgumentAndStandsAlone_data()
     {
-        start("exit", {QStringLiteral("--trace"), QStringLiteral("more")});
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<bool>("traces");
+        const auto texts = [](std::initializer_list<const char*> arguments) {
+            QStringList list;
+            for (const char* argument : arguments)
+                list.append(QLatin1String(argument));
+            return list;
+        };
+        QTest::newRow("none") << texts({}) << false;
+        QTest::newRow("--trace") << texts({"--trace"}) << true;
+        QTest::newRow("--trace and another") << texts({"--trace", "more"}) << false;
+        QTest::newRow("--trace as the second") << texts({"more", "--trace"}) << false;
+        QTest::newRow("nearly --trace") << texts({"--traces"}) << false;
+        QTest::newRow("in capitals") << texts({"--TRACE"}) << false;
+    }
+    void traceIsTheOnlyArgumentAndStandsAlone()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(bool, traces);
+        start("report", arguments);
         verifyCleanEnd();
+        QCOMPARE(record().count(QStringLiteral("log Info: Started logger")), 1);
+        QCOMPARE(record().contains(QStringLiteral("log Debug: updateGraphs read 14336 samples")), traces);
+    }
+
+    void startsMaximisedInItsOwnStyle()
+    {
+        start("report");
+        verifyCleanEnd();
+        QVERIFY(record().contains(QStringLiteral("title KORA Local User Interface v1.3")));
+        QVERIFY(record().contains(QStringLiteral("maximised 11")));
+        QVERIFY(record().contains(
+            QStringLiteral("style QWidget::title { font-size: 20pt; background: rgb(150, 150, 150); "
+                           "padding-left: 10px; padding-top: 8px; } "
+                           "QMainWindow::separator { background: rgb(220, 220, 220); width: 3px; height: 3px; }")));
+    }
+
+    void versionsAndSelectorsAreReadBeforeAnyWindowCalls()
+    {
+        start("exit");
+        verifyCleanEnd();
+        // The worker polls meanwhile; everything that a window calls comes behind the two.
+        const QStringList polled = {QStringLiteral("getSFPinfo("), QStringLiteral("getBPMStats("),
+                                    QStringLiteral("getPIDstatus(")};
+        QStringList fromMain;
+        for (const QString& call : record()) {
+            const bool ofThePoll = std::any_of(polled.cbegin(), polled.cend(),
+                                               [&call](const QString& start) { return call.startsWith(start); });
+            if (!ofThePoll)
+                fromMain.append(call);
+        }
+        QCOMPARE(fromMain.mid(0, 3), QStringList({QStringLiteral("getSystemVersion()"),
+                                                  QStringLiteral("getBPMselector()"),
+                                                  QStringLiteral("getDisplayFreq()")}));
     }
 };
 

@@ -5,13 +5,17 @@
 //   exit    triggers the menu entry Exit
 //   close   closes the main window
 //   short   has delivered one record too few, and closes the message box
+//   report  writes at the second window what the program shows: "title ", "maximised ", "style " and one "log " for
+//           each line of the log window; then as exit
 //   none    leaves the program alone
 
 #include "double/DoubleInternals.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QMessageBox>
+#include <QTableView>
 #include <QTimer>
 #include <QWidget>
 
@@ -26,12 +30,40 @@ std::string environment(const char* name)
     return value ? value : "";
 }
 
-void drive(const std::string& action)
+std::string oneLine(const QString& text)
 {
+    return text.simplified().toStdString();
+}
+
+/// What the program shows, line by line, into the record.
+void report(std::ostream& record)
+{
+    const std::lock_guard<std::recursive_mutex> lock(koralink_double::Double::instance().mutex);
+    record << "style " << oneLine(qApp->styleSheet()) << std::endl;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->inherits("MainWindow")) {
+            record << "title " << oneLine(widget->windowTitle()) << std::endl;
+            record << "maximised " << widget->isVisible() << widget->isMaximized() << std::endl;
+        }
+        if (!widget->inherits("QsLogging::Window"))
+            continue;
+        widget->findChild<QComboBox*>(QStringLiteral("comboBoxLevel"))->setCurrentIndex(0);
+        const QAbstractItemModel* lines = widget->findChild<QTableView*>()->model();
+        for (int row = 0; row < lines->rowCount(); ++row)
+            record << "log " << oneLine(lines->index(row, 1).data().toString()) << ": "
+                   << oneLine(lines->index(row, 2).data().toString()) << std::endl;
+    }
+}
+
+void drive(const std::string& action, std::ostream& record)
+{
+    const bool reports = action == "report";
+    if (reports)
+        report(record);
     for (QWidget* widget : QApplication::topLevelWidgets()) {
         if (auto* box = qobject_cast<QMessageBox*>(widget)) {
             box->accept();
-        } else if (widget->inherits("MainWindow") && action == "exit") {
+        } else if (widget->inherits("MainWindow") && (reports || action == "exit")) {
             widget->findChild<QAction*>(QStringLiteral("action_Exit"))->trigger();
         } else if (widget->inherits("MainWindow") && action == "close") {
             widget->close();
@@ -42,24 +74,24 @@ void drive(const std::string& action)
 struct Recorder {
     std::ofstream file;
     std::string action;
-    bool driven = false;
+    int windowsToWait = 1;
 
     Recorder() : file(environment("KORA_RECORDER_FILE")), action(environment("KORA_RECORDER_ACTION"))
     {
         koralink_double::Double& self = koralink_double::Double::instance();
         if (action == "short")
             self.answers.deliveredRecords = 14335;
+        if (action == "report")
+            windowsToWait = 2;
         self.onCall = [this](const koralink_double::Call& call) { take(call); };
     }
 
     void take(const koralink_double::Call& call)
     {
         file << call.text() << std::endl;
-        if (call.name != "getBuffer" || driven)
+        if (call.name != "getBuffer" || --windowsToWait != 0)
             return;
-        driven = true;
-        const std::string wanted = action;
-        QTimer::singleShot(0, qApp, [wanted] { drive(wanted); });
+        QTimer::singleShot(0, qApp, [this] { drive(action, file); });
     }
 };
 
