@@ -2,8 +2,13 @@
 
 #include "stream/PlotData.h"
 
-#include <QVector>
+/// Rewriting the data of a trace where they lie: a container that keeps its length costs no memory traffic but the
+/// points themselves.
 
-/// Replaces the content of a map by points that are inserted in this order: ordered by key, a later point replaces
-/// an earlier one of the same key. A key that is not a number has no place in an order; its point is left out.
-void fillAsMap(QCPDataMap* map, QVector<QCPGraphData> points);
+/// @return the points of the map for writing, count of them; what they hold before is of no meaning
+QCPGraphData* pointsForWriting(QCPDataMap* map, int count);
+
+/// Gives points that were written one behind another the content of a map into which they were inserted in this
+/// order: ordered by key, a later point replaces an earlier one of the same key. A key that is not a number has no
+/// place in an order; its point is left out.
+void orderAsMap(QCPDataMap* map);

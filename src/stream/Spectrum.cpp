@@ -65,10 +65,10 @@ void computeSpectrum(const DisplayRecord* block, int count, const SpectrumSettin
     const Plan plan(fftw_plan_dft_r2c_1d(length, input.get(), output.get(), FFTW_ESTIMATE));
     fftw_execute(plan.get());
 
-    QVector<QCPGraphData> points(bins);
+    QCPGraphData* points = pointsForWriting(map, bins);
     for (int bin = 0; bin < bins; ++bin) {
         points[bin].key = binKey(settings.rate, bin, length);
         points[bin].value = fftw_abs(output[std::size_t(bin)]) / length;
     }
-    fillAsMap(map, points);
+    orderAsMap(map);
 }

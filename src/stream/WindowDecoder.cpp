@@ -6,20 +6,13 @@
 
 namespace {
 
-/// Records decoded into all traces before the next ones are looked at: as many as stay in the first-level cache.
-constexpr int tileRecords = 128;
+/// Records decoded into all traces before the next ones are looked at. They lie within one page of memory, which
+/// matters when the block has left the caches since the last window.
+constexpr int tileRecords = 8;
 
 double timeKey(int record, int rate)
 {
     return double(float(record) / float(rate));
-}
-
-/// @return the points of the map, which has count of them afterwards
-QCPGraphData* resized(QCPDataMap* map, int count)
-{
-    if (map->size() != count)
-        map->set(QVector<QCPGraphData>(count), true);
-    return &*map->begin();
 }
 
 void decodeTile(const DisplayRecord* tile, int count, const double* keys, const TraceTarget& target,
@@ -36,7 +29,7 @@ void decodeInTiles(const DisplayRecord* block, int count, int rate, const std::v
     std::vector<QCPGraphData*> points;
     points.reserve(targets.size());
     for (const TraceTarget& target : targets)
-        points.push_back(resized(target.map, count));
+        points.push_back(pointsForWriting(target.map, count));
 
     double keys[tileRecords];
     for (int first = 0; first < count; first += tileRecords) {
@@ -50,12 +43,12 @@ void decodeInTiles(const DisplayRecord* block, int count, int rate, const std::v
 
 void decodeUnordered(const DisplayRecord* block, int count, int rate, const TraceTarget& target)
 {
-    QVector<QCPGraphData> points(count);
+    QCPGraphData* points = pointsForWriting(target.map, count);
     for (int record = 0; record < count; ++record) {
         points[record].key = timeKey(record, rate);
         points[record].value = target.factor * slotValue(block[record], target.slot);
     }
-    fillAsMap(target.map, points);
+    orderAsMap(target.map);
 }
 
 } // namespace
@@ -76,10 +69,10 @@ void decodeCloud(const DisplayRecord* block, int count, int slotX, int slotY, do
 {
     const int taken = std::clamp(count, 0, cloudRecords);
     const DisplayRecord* first = block + (count - taken);
-    QVector<QCPGraphData> points(taken);
+    QCPGraphData* points = pointsForWriting(map, taken);
     for (int record = 0; record < taken; ++record) {
         points[record].key = factorX * slotValue(first[record], slotX);
         points[record].value = factorY * slotValue(first[record], slotY);
     }
-    fillAsMap(map, points);
+    orderAsMap(map);
 }
