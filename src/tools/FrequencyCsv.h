@@ -5,7 +5,8 @@
 class QIODevice;
 
 /// One point of an exported transfer function.
-struct FrequencyPoint {
+struct FrequencyPoint
+{
     double hertz;
     double magnitude;
     double phaseDeg;

@@ -6,13 +6,14 @@
 namespace frequency_sweep {
 
 /// What the operator is told when a sweep is refused.
-struct Refusal {
+struct Refusal
+{
     const char* title;
     const char* text;
 };
 
-/// Start from 0.1 to 500 Hz, stop from 1 to 1000 Hz, 2 to 1000 points, in this order; the limits themselves are
-/// allowed, and so is a start above the stop. What is not a number is refused.
+/// Start from 0.1 to 500 Hz, stop from 1 to 1000 Hz, 2 to 1000 points, in this order; the limits themselves
+/// are allowed, and so is a start above the stop. What is not a number is refused.
 /// @return null if the sweep is allowed
 const Refusal* refusal(double startHz, double stopHz, int length);
 
@@ -22,7 +23,8 @@ const Refusal* refusal(double startHz, double stopHz, int length);
 std::vector<double> points(bool logarithmic, double startHz, double stopHz, int length);
 
 /// How one frequency is measured.
-struct Timing {
+struct Timing
+{
     int periods;  ///< of the sine that are waited for
     int settleMs; ///< and this time on top
     int streamHz; ///< rate of the display stream meanwhile

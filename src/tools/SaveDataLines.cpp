@@ -8,12 +8,14 @@
 
 namespace {
 
-struct Channel {
+struct Channel
+{
     const char* title;
     int slot;
     const double* scale; ///< null for a value that is used as it stands
 };
 
+// clang-format off
 constexpr Channel channels[save_data::channelCount] = {
     {"IonBar Ch1, ", SlotCur1, nullptr},
     {"IonBar Ch2, ", SlotCur1 + 1, nullptr},
@@ -33,6 +35,7 @@ constexpr Channel channels[save_data::channelCount] = {
     {"BPM2 Pos Y, ", SlotPos2Y, &bpmScaleY[1]},
     {"BPM2 I0, ", SlotInt2, nullptr},
 };
+// clang-format on
 
 /// Channels in the order of the columns: the outputs come last.
 constexpr int columns[save_data::channelCount] = {0, 1, 2, 3, 4, 5, 6, 7, 11, 12, 13, 14, 15, 16, 8, 9, 10};
@@ -59,7 +62,8 @@ QString save_data::columnHeader(const bool (&enabled)[channelCount])
     return line + QLatin1String(lineEnd);
 }
 
-QString save_data::dataRow(const DisplayRecord& record, int index, int rateHz, const bool (&enabled)[channelCount])
+QString save_data::dataRow(const DisplayRecord& record, int index, int rateHz,
+                           const bool (&enabled)[channelCount])
 {
     char line[(channelCount + 2) * (sixDigitsRoom + 2) + 2];
     const QByteArray number = QByteArray::number(index);

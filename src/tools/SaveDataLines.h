@@ -4,8 +4,8 @@
 
 struct DisplayRecord;
 
-/// Lines of a saved data file, each with its CR LF. Plain values in and out; the position factors are the globals
-/// at the moment of the call.
+/// Lines of a saved data file, each with its CR LF. Plain values in and out; the position factors are the
+/// globals at the moment of the call.
 namespace save_data {
 
 constexpr int channelCount = 17;
@@ -13,8 +13,8 @@ constexpr int channelCount = 17;
 /// Titles of the enabled channels behind "Nr" and "Rel. time".
 QString columnHeader(const bool (&enabled)[channelCount]);
 
-/// Number, time behind the first record in seconds (index / rateHz in single precision) and the enabled channels,
-/// six significant digits each.
+/// Number, time behind the first record in seconds (index / rateHz in single precision) and the enabled
+/// channels, six significant digits each.
 QString dataRow(const DisplayRecord& record, int index, int rateHz, const bool (&enabled)[channelCount]);
 
 } // namespace save_data

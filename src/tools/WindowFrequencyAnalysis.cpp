@@ -24,7 +24,8 @@ namespace {
 
 constexpr int outputs = 4;
 constexpr int firstGeneratorMode = 2;
-/// Room for the tick labels, pixels: the same in both plots, so that equal frequencies stand above one another.
+/// Room for the tick labels, pixels: the same in both plots, so that equal frequencies stand above one
+/// another.
 constexpr int leftMargin = 105;
 
 const QColor plotColors[] = {QColor(255, 0, 0),   QColor(0, 255, 0),   QColor(0, 0, 255),
@@ -128,8 +129,8 @@ WindowFrequencyAnalysis::WindowFrequencyAnalysis(QWidget* parent)
     connect(ui->pushButtonAutoscale, SIGNAL(released()), this, SLOT(slotPushButtonAutoscale()));
     connect(ui->outputChComboBox, SIGNAL(currentIndexChanged(int)), this, SLOT(outputChComboBoxChanged()));
     connect(ui->inputChComboBox, SIGNAL(currentIndexChanged(int)), this, SLOT(inputChComboBoxChanged()));
-    connect(ui->plotsTree, SIGNAL(itemChanged(QTreeWidgetItem*,int)), this,
-            SLOT(onPlotsTreeItemChanged(QTreeWidgetItem*,int)));
+    connect(ui->plotsTree, SIGNAL(itemChanged(QTreeWidgetItem*, int)), this,
+            SLOT(onPlotsTreeItemChanged(QTreeWidgetItem*, int)));
     connect(ui->useBPMscalingCheckBox, SIGNAL(stateChanged(int)), this, SLOT(slotUseBPMscalingCheckBox()));
     outputChComboBoxChanged();
     inputChComboBoxChanged();
@@ -210,7 +211,8 @@ void WindowFrequencyAnalysis::getBPMScale()
 
 void WindowFrequencyAnalysis::slotStartSweepPushButton()
 {
-    // The button is disabled until a start is served; a second call does nothing rather than to sweep within a sweep.
+    // The button is disabled until a start is served; a second call does nothing rather than to sweep within
+    // a sweep.
     if (startIsServed)
         return;
     const QPointer<WindowFrequencyAnalysis> self = this;
@@ -227,7 +229,8 @@ void WindowFrequencyAnalysis::runSweep()
 {
     const QPointer<WindowFrequencyAnalysis> self = this;
     if (mailbox->pidStatus != PidStatusOff) {
-        refuse("PID Running ...\n", "Feedback need to be stopped before starting the Frequency Analysis.\n\n");
+        refuse("PID Running ...\n",
+               "Feedback need to be stopped before starting the Frequency Analysis.\n\n");
         // isSweeping stays set: a stop that is pressed now counts for the next sweep.
         if (self)
             ui->StartSweepPushButton->setEnabled(true);
@@ -280,7 +283,8 @@ void WindowFrequencyAnalysis::sweepPoints(int length)
     Sweep sweep = {};
     prepareSweep(sweep);
     if (sweep.output >= outputs) {
-        // Nothing could be driven, and the control library must not be asked for an output that does not exist.
+        // Nothing could be driven, and the control library must not be asked for an output that does not
+        // exist.
         refuse("Output not allowed ...\n", "Allowed values [1, 4]\n\n");
         return;
     }
@@ -339,7 +343,8 @@ void WindowFrequencyAnalysis::measurePoints(const Sweep& sweep, DeviceFile& stre
 }
 
 double WindowFrequencyAnalysis::measurePoint(const Sweep& sweep, DeviceFile& stream,
-                                             std::vector<DisplayRecord>& block, int index, double previousPhase)
+                                             std::vector<DisplayRecord>& block, int index,
+                                             double previousPhase)
 {
     const auto hertz = float(sweepFrequencies[std::size_t(index)]);
     SAMP_FREQ = frequency_sweep::timing(hertz).streamHz;
@@ -403,8 +408,9 @@ void WindowFrequencyAnalysis::slotExportMeasPushButton()
 {
     const QPointer<WindowFrequencyAnalysis> self = this;
     // Without a parent, so that the dialog outlives a window that is destroyed beneath it.
-    QString path = QFileDialog::getSaveFileName(nullptr, QStringLiteral("Select a file to export the data"), QString(),
-                                                QStringLiteral("CSV files (*.csv);;All Files (*)"));
+    QString path =
+        QFileDialog::getSaveFileName(nullptr, QStringLiteral("Select a file to export the data"), QString(),
+                                     QStringLiteral("CSV files (*.csv);;All Files (*)"));
     if (!self || path.isEmpty())
         return;
     plotItems = ui->plotsTree->selectedItems();

@@ -16,13 +16,13 @@ namespace Ui {
 class WindowFrequencyAnalysis;
 }
 
-/// Measures the transfer function from one analogue output to the beam position: drives the function generator at
-/// one frequency after another, reads a block of the stream at each and demodulates the position. Every sweep is one
-/// plot; plots live as long as the window.
+/// Measures the transfer function from one analogue output to the beam position: drives the function
+/// generator at one frequency after another, reads a block of the stream at each and demodulates the
+/// position. Every sweep is one plot; plots live as long as the window.
 ///
-/// A sweep runs inside the slot of its start button, on the GUI thread, and serves events once a point. A window
-/// that is closed meanwhile goes on sweeping; one that is destroyed, or a program that is told to quit, ends the
-/// sweep at that point, with the generator off and the rate of the stream restored.
+/// A sweep runs inside the slot of its start button, on the GUI thread, and serves events once a point. A
+/// window that is closed meanwhile goes on sweeping; one that is destroyed, or a program that is told to
+/// quit, ends the sweep at that point, with the generator off and the rate of the stream restored.
 class WindowFrequencyAnalysis : public QDialog
 {
     Q_OBJECT
@@ -48,7 +48,8 @@ public slots:
 
 private:
     /// What a sweep fixes at its start.
-    struct Sweep {
+    struct Sweep
+    {
         int output; ///< 0 to 3
         int inputSlot;
         int plot;

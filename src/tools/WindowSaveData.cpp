@@ -41,7 +41,8 @@ void WindowSaveData::getPath()
                              QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_hh-mm-ss")) +
                              QStringLiteral(".csv");
     const QPointer<WindowSaveData> self = this;
-    // The dialogs of this window have no parent, so that they outlive a window that is destroyed beneath them.
+    // The dialogs of this window have no parent, so that they outlive a window that is destroyed beneath
+    // them.
     const QString path = QFileDialog::getSaveFileName(nullptr, QStringLiteral("Select filename..."), proposal,
                                                       QStringLiteral("CSV files (*.csv)"));
     if (self)
@@ -116,7 +117,8 @@ QString WindowSaveData::fileHeader()
                           "\r\n"
                           "Time and Date: ") +
            now + QStringLiteral("\r\nHost Name: ") + QHostInfo::localHostName() +
-           QStringLiteral("\r\n\r\nComment: ") + ui->commentTextEdit->toPlainText() + QStringLiteral("\r\n\r\n");
+           QStringLiteral("\r\n\r\nComment: ") + ui->commentTextEdit->toPlainText() +
+           QStringLiteral("\r\n\r\n");
 }
 
 QString WindowSaveData::columnHeader()

@@ -13,11 +13,11 @@ namespace Ui {
 class WindowSaveData;
 }
 
-/// Writes a snapshot of the display stream to a text file: the operator ticks the signals, gives a comment, a path
-/// and a number of samples. Each press of Save reads a fresh block; the write is one blocking call.
+/// Writes a snapshot of the display stream to a text file: the operator ticks the signals, gives a comment, a
+/// path and a number of samples. Each press of Save reads a fresh block; the write is one blocking call.
 ///
-/// Nothing that goes wrong with the stream or the file gives a message, and the status line reports the save all
-/// the same. A stream that cannot be read saves zeros.
+/// Nothing that goes wrong with the stream or the file gives a message, and the status line reports the save
+/// all the same. A stream that cannot be read saves zeros.
 class WindowSaveData : public QDialog
 {
     Q_OBJECT

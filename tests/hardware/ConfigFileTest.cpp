@@ -22,7 +22,8 @@ using PidWriter = void (ConfigFile::*)(double, double, double, double, double, d
                                        double);
 using PidReader = void (ConfigFile::*)(double*, double*, double*, double*, double*, double*, double*, double*,
                                        double*, double*);
-struct PidGroup {
+struct PidGroup
+{
     const char* group;
     PidWriter write;
     PidReader read;
@@ -343,9 +344,9 @@ private slots:
     {
         file.writePositionFilter(1, 0, 1, 12.5, 99.5);
         file.writePositionFilter(1, 1, 2, 13.5, 98.5);
-        QCOMPARE(keysInFile(), beneath(QStringLiteral("PositionFilters"),
-                                       {"XhfFilter", "XhfFcutLow", "XhfFcutHigh", "YhfFilter", "YhfFcutLow",
-                                        "YhfFcutHigh"}));
+        QCOMPARE(keysInFile(),
+                 beneath(QStringLiteral("PositionFilters"), {"XhfFilter", "XhfFcutLow", "XhfFcutHigh",
+                                                             "YhfFilter", "YhfFcutLow", "YhfFcutHigh"}));
         int type = -1;
         double low = -1;
         double high = -1;
@@ -363,8 +364,8 @@ private slots:
     {
         const Ten values[6] = {numbers(1), numbers(20), numbers(40), numbers(60), numbers(80), numbers(100)};
         QCOMPARE(file.hasIIR(), false);
-        file.writeIIR(values[0].data(), values[1].data(), values[2].data(), values[3].data(), values[4].data(),
-                      values[5].data());
+        file.writeIIR(values[0].data(), values[1].data(), values[2].data(), values[3].data(),
+                      values[4].data(), values[5].data());
         QCOMPARE(file.hasIIR(), true);
         QCOMPARE(keysInFile().size(), 60);
         QCOMPARE(stored(QStringLiteral("IIR_X/a/1/val")), 1.0);

@@ -1,6 +1,6 @@
+#include "hardware/MailboxComm.h"
 #include "app/Globals.h"
 #include "double/KoralinkDouble.h"
-#include "hardware/MailboxComm.h"
 #include "hardware/VersionText.h"
 #include "logging/Log.h"
 #include "support/LogLines.h"
@@ -21,7 +21,8 @@ using operate::lines;
 namespace {
 
 /// One command of the mailbox: how it is called, what reaches the library, what a failure logs.
-struct Command {
+struct Command
+{
     const char* function; ///< name in the library
     std::function<int()> call;
     const char* reaches;
@@ -38,9 +39,10 @@ const std::vector<Command>& commandTable()
         {"setPIDconf", [] { return mailbox->setPIDconf(14); }, "setPIDconf(14)", "setPIDconf() failed "},
         {"setPIDparams", [] { return mailbox->setPIDparams(2, 1, 2, 3, 4, 5, -6, 7, 8); },
          "setPIDparams(2, 1, 2, 3, 4, 5, -6, 7, 8)", "setPIDparams() failed "},
-        {"setOffset", [] { return mailbox->setOffset(1.5, 2.5, 3.5, -4.5); }, "setOffset(1.5, 2.5, 3.5, -4.5)",
-         "setOffset() failed "},
-        {"setWindAvg", [] { return mailbox->setWindAvg(3, 500); }, "setWindAvg(3, 500)", "setWindAvg() failed "},
+        {"setOffset", [] { return mailbox->setOffset(1.5, 2.5, 3.5, -4.5); },
+         "setOffset(1.5, 2.5, 3.5, -4.5)", "setOffset() failed "},
+        {"setWindAvg", [] { return mailbox->setWindAvg(3, 500); }, "setWindAvg(3, 500)",
+         "setWindAvg() failed "},
         {"setSetpoint", [] { return mailbox->setSetpointXlf(10.5); }, "setSetpoint(0, 10.5)",
          "setSetpoint(Xlf) failed "},
         {"setSetpoint", [] { return mailbox->setSetpointXhf(11.5); }, "setSetpoint(1, 11.5)",
@@ -56,8 +58,10 @@ const std::vector<Command>& commandTable()
         {"getBPMselector",
          [] { return mailbox->getBPMselector(&number[0], &number[1], &number[2], &number[3]); },
          "getBPMselector()", "getBPMselector() failed "},
-        {"setOutputMux", [] { return mailbox->setOutputMux(1); }, "setOutputMux(1)", "setOutputMux( 1 ) failed "},
-        {"setOutputMux", [] { return mailbox->setOutputMux(0); }, "setOutputMux(0)", "setOutputMux( 0 ) failed "},
+        {"setOutputMux", [] { return mailbox->setOutputMux(1); }, "setOutputMux(1)",
+         "setOutputMux( 1 ) failed "},
+        {"setOutputMux", [] { return mailbox->setOutputMux(0); }, "setOutputMux(0)",
+         "setOutputMux( 0 ) failed "},
         // The orientation and the crossbar take the monitor last; the library takes it first.
         {"setBPMorient", [] { return mailbox->setBPMorient(7, 1); }, "setBPMorient(1, 7)",
          "setBPMorient() failed "},
@@ -67,8 +71,8 @@ const std::vector<Command>& commandTable()
          "setBPMscale() failed "},
         {"setBPMoffset", [] { return mailbox->setBPMoffset(1, -1.5, 2.5); }, "setBPMoffset(1, -1.5, 2.5)",
          "setBPMoffset() failed "},
-        {"setROCenable", [] { return mailbox->setROCenable(1, 0, 1, 1, 0, 0); }, "setROCenable(1, 0, 1, 1, 0, 0)",
-         "setROCenable() failed "},
+        {"setROCenable", [] { return mailbox->setROCenable(1, 0, 1, 1, 0, 0); },
+         "setROCenable(1, 0, 1, 1, 0, 0)", "setROCenable() failed "},
         {"getROCenable",
          [] { return mailbox->getROCenable(byte, byte + 1, byte + 2, byte + 3, byte + 4, byte + 5); },
          "getROCenable()", "getROCenable() failed "},
@@ -214,8 +218,8 @@ private slots:
         mailbox->setDisplayFreq(0);
         SAMP_FREQ = 0;
         mailbox->setDisplayFreq(1);
-        QCOMPARE(lines(callsOf("setDisplayFreq")),
-                 (QStringList{QStringLiteral("setDisplayFreq(50000, 0)"), QStringLiteral("setDisplayFreq(0, 1)")}));
+        QCOMPARE(lines(callsOf("setDisplayFreq")), (QStringList{QStringLiteral("setDisplayFreq(50000, 0)"),
+                                                                QStringLiteral("setDisplayFreq(0, 1)")}));
     }
 
     void displayFilterIsOnWhenNotZero()
@@ -459,10 +463,10 @@ private slots:
         LogLines log(QsLogging::InfoLevel);
         fail("getSFPinfo");
         mailbox->refreshData();
-        QCOMPARE(log.lines(),
-                 (QStringList{QStringLiteral("3 getSFPinfo( 0 ) failed "), QStringLiteral("3 getSFPinfo( 1 ) failed "),
-                              QStringLiteral("3 getSFPinfo( 2 ) failed "),
-                              QStringLiteral("3 getSFPinfo( 3 ) failed ")}));
+        QCOMPARE(log.lines(), (QStringList{QStringLiteral("3 getSFPinfo( 0 ) failed "),
+                                           QStringLiteral("3 getSFPinfo( 1 ) failed "),
+                                           QStringLiteral("3 getSFPinfo( 2 ) failed "),
+                                           QStringLiteral("3 getSFPinfo( 3 ) failed ")}));
         QCOMPARE(mailbox->nrIonBars, 0);
     }
 
@@ -490,9 +494,10 @@ private slots:
         QCOMPARE(mailbox->stats.bpm[0].posXMean, 1.25);
         QCOMPARE(mailbox->stats.bpm[1].i0StdFilt, 2.5);
         QCOMPARE(mailbox->pidStatus, int(PidStatusOutOfRoc));
-        QCOMPARE(allCalls(), (QStringList{QStringLiteral("getSFPinfo(0)"), QStringLiteral("getSFPinfo(1)"),
-                                          QStringLiteral("getSFPinfo(2)"), QStringLiteral("getSFPinfo(3)"),
-                                          QStringLiteral("getBPMStats()"), QStringLiteral("getPIDstatus()")}));
+        QCOMPARE(allCalls(),
+                 (QStringList{QStringLiteral("getSFPinfo(0)"), QStringLiteral("getSFPinfo(1)"),
+                              QStringLiteral("getSFPinfo(2)"), QStringLiteral("getSFPinfo(3)"),
+                              QStringLiteral("getBPMStats()"), QStringLiteral("getPIDstatus()")}));
     }
 
     void failedStatisticsKeepTheOldOnesSilently()

@@ -2,8 +2,8 @@
 
 #include <QStringList>
 
-/// From construction to destruction keeps what is logged at the level and above, and restores the logger's level
-/// at the end. One at a time.
+/// From construction to destruction keeps what is logged at the level and above, and restores the logger's
+/// level at the end. One at a time.
 class LogLines
 {
 public:
@@ -13,7 +13,8 @@ public:
     LogLines(const LogLines&) = delete;
     LogLines& operator=(const LogLines&) = delete;
 
-    /// Lines so far as level and message, "3 setOffset() failed ", once the logger's thread has written them all.
+    /// Lines so far as level and message, "3 setOffset() failed ", once the logger's thread has written them
+    /// all.
     QStringList lines();
 
 private:

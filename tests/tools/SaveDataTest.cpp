@@ -5,7 +5,6 @@
 #include "support/MessageBoxes.h"
 #include "support/Operator.h"
 #include "support/World.h"
-#include "tools/SixDigits.h"
 #include "tools/WindowSaveData.h"
 
 #include <QCheckBox>
@@ -23,9 +22,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <cmath>
+#include <cstring>
 #include <memory>
-#include <random>
 
 using namespace koralink_double;
 using operate::find;
@@ -33,21 +31,21 @@ using operate::find;
 namespace {
 
 constexpr const char* checkNames[17] = {
-    "checkIonBarch1",   "checkIonBarch2",   "checkIonBarch3",   "checkIonBarch4",  "checkIonBarch1_2",
-    "checkIonBarch2_2", "checkIonBarch3_2", "checkIonBarch4_2", "checkAnvoltch1",  "checkAnvoltch2",
-    "checkAnvoltch3",   "checkBPMposX",     "checkBPMposY",     "checkBPMi0",      "checkBPMposX_2",
+    "checkIonBarch1",   "checkIonBarch2",   "checkIonBarch3",   "checkIonBarch4", "checkIonBarch1_2",
+    "checkIonBarch2_2", "checkIonBarch3_2", "checkIonBarch4_2", "checkAnvoltch1", "checkAnvoltch2",
+    "checkAnvoltch3",   "checkBPMposX",     "checkBPMposY",     "checkBPMi0",     "checkBPMposX_2",
     "checkBPMposY_2",   "checkBPMi0_2"};
 
 constexpr const char* checkTexts[17] = {
-    "IonBar Ch1",  "IonBar Ch2",  "IonBar Ch3",  "IonBar Ch4", "IonBar2 Ch1", "IonBar2 Ch2",
-    "IonBar2 Ch3", "IonBar2 Ch4", "Anvolt Ch1",  "Anvolt Ch2", "Anvolt Ch3",  "BPM Pos X",
-    "BPM Pos Y",   "BPM I0",      "BPM2 Pos X",  "BPM2 Pos Y", "BPM2 I0"};
+    "IonBar Ch1",  "IonBar Ch2",  "IonBar Ch3", "IonBar Ch4", "IonBar2 Ch1", "IonBar2 Ch2",
+    "IonBar2 Ch3", "IonBar2 Ch4", "Anvolt Ch1", "Anvolt Ch2", "Anvolt Ch3",  "BPM Pos X",
+    "BPM Pos Y",   "BPM I0",      "BPM2 Pos X", "BPM2 Pos Y", "BPM2 I0"};
 
 /// Column of each check box in the order of the columns.
 constexpr const char* columnTitles[17] = {
-    "IonBar Ch1, ",  "IonBar Ch2, ",  "IonBar Ch3, ",  "IonBar Ch4, ", "IonBar2 Ch1, ", "IonBar2 Ch2, ",
-    "IonBar2 Ch3, ", "IonBar2 Ch4, ", "BPM1 Pos X, ",  "BPM1 Pos Y, ", "BPM1 I0, ",     "BPM2 Pos X, ",
-    "BPM2 Pos Y, ",  "BPM2 I0, ",     "Anvolt Ch1, ",  "Anvolt Ch2, ", "Anvolt Ch3, "};
+    "IonBar Ch1, ",  "IonBar Ch2, ",  "IonBar Ch3, ", "IonBar Ch4, ", "IonBar2 Ch1, ", "IonBar2 Ch2, ",
+    "IonBar2 Ch3, ", "IonBar2 Ch4, ", "BPM1 Pos X, ", "BPM1 Pos Y, ", "BPM1 I0, ",     "BPM2 Pos X, ",
+    "BPM2 Pos Y, ",  "BPM2 I0, ",     "Anvolt Ch1, ", "Anvolt Ch2, ", "Anvolt Ch3, "};
 
 /// Every slot of every record has a value of its own.
 void fillDistinct(DisplayRecord* block, int count)
@@ -70,12 +68,6 @@ QByteArray contentOf(const QString& path)
 QByteArray numberText(double value)
 {
     return QByteArray::number(value, 'g', 6);
-}
-
-QByteArray sixDigits(double value)
-{
-    char text[sixDigitsRoom];
-    return QByteArray(text, int(writeSixDigits(text, value) - text));
 }
 
 /// Lines of a file behind its header of eight lines.
@@ -178,7 +170,8 @@ private slots:
         tickAll(true);
         useSamples(2);
         usePath(path());
-        find<QPlainTextEdit>(window.get(), "commentTextEdit")->setPlainText(QStringLiteral("first\nsecond line"));
+        find<QPlainTextEdit>(window.get(), "commentTextEdit")
+            ->setPlainText(QStringLiteral("first\nsecond line"));
         bpmScaleX[0] = 2;
         bpmScaleY[0] = 3;
         bpmScaleX[1] = 4;
@@ -209,8 +202,9 @@ private slots:
             const auto raw = [i](int slot) { return (slot + 1) * 1000.25 + i; };
             for (int slot = 24; slot < 32; ++slot)
                 expected += numberText(raw(slot)) + ", ";
-            expected += numberText(raw(0) * 2) + ", " + numberText(raw(1) * 3) + ", " + numberText(raw(2)) + ", " +
-                        numberText(raw(4) * 4) + ", " + numberText(raw(5) * 5) + ", " + numberText(raw(6)) + ", ";
+            expected += numberText(raw(0) * 2) + ", " + numberText(raw(1) * 3) + ", " + numberText(raw(2)) +
+                        ", " + numberText(raw(4) * 4) + ", " + numberText(raw(5) * 5) + ", " +
+                        numberText(raw(6)) + ", ";
             for (int slot = 8; slot < 11; ++slot)
                 expected += numberText(raw(slot)) + ", ";
             expected += "\r\n";
@@ -326,9 +320,10 @@ private slots:
         QCOMPARE(boxes.count(), 1);
         const MessageBoxes::Box& box = boxes.boxes().first();
         QCOMPARE(box.title, QStringLiteral("File exists"));
-        QCOMPARE(box.text, QStringLiteral("File: ") + path() +
-                               QStringLiteral(" already exist.\n\nOverwrite file?\n\nYes - overwrite file\nNo - "
-                                              "append to existing file\nCancel - cancel writing to file"));
+        QCOMPARE(box.text,
+                 QStringLiteral("File: ") + path() +
+                     QStringLiteral(" already exist.\n\nOverwrite file?\n\nYes - overwrite file\nNo - "
+                                    "append to existing file\nCancel - cancel writing to file"));
         QCOMPARE(box.icon, QMessageBox::Warning);
         QCOMPARE(box.buttons, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
         const QByteArray both = contentOf(path());
@@ -390,7 +385,8 @@ private slots:
         QCOMPARE(readsAtFill, 1);
         QCOMPARE(dialogs.dialogs().size(), 1);
         QCOMPARE(boxes.count(), 1);
-        QCOMPARE(operate::lines(callsOf("open")), QStringList{QStringLiteral("open(/dev/kora_dma_displ, 0)")});
+        QCOMPARE(operate::lines(callsOf("open")),
+                 QStringList{QStringLiteral("open(/dev/kora_dma_displ, 0)")});
         QCOMPARE(operate::lines(callsOf("read")),
                  QStringList{QStringLiteral("read(/dev/kora_dma_displ, 3670016)")});
     }
@@ -569,45 +565,6 @@ private slots:
         save();
         QCOMPARE(dataLines(path("a.csv")), dataLines(path("b.csv")));
         QCOMPARE(find<QLineEdit>(window.get(), "pathLineEdit")->text(), path("b.csv"));
-    }
-
-    void sixDigitsAreThoseOfQt_data()
-    {
-        QTest::addColumn<double>("value");
-        for (double value :
-             {0.0, -0.0, 1.0, -1.0, 0.5, 123456.0, 100000.0, 1e6, 999999.0, 999999.4, 999999.5, 999999.6, 1234567.0,
-              1000005.0, 1000015.0, 0.0001, 0.00001, 0.000099999949, 0.00009999995, 0.000123456789, 1e-17, 1e20,
-              1.0000005, 2.0000015, 0.1, 0.2, 0.3, 2e-5, 9.999, 1e22, 1e23, 1e-300, 5e-324, 1.7976931348623157e308,
-              2.2250738585072014e-308, 1e15, 1e16, 99999.95, 99999.949999, 1.5e-9, 4.2e-7, 32768.5, 524288.5})
-            QTest::newRow(qPrintable(QString::number(value, 'g', 17))) << value;
-        QTest::newRow("nan") << std::nan("");
-        QTest::newRow("inf") << double(INFINITY);
-        QTest::newRow("-inf") << -double(INFINITY);
-    }
-    void sixDigitsAreThoseOfQt()
-    {
-        QFETCH(double, value);
-        QCOMPARE(sixDigits(value), numberText(value));
-        QCOMPARE(sixDigits(-value), numberText(-value));
-    }
-
-    void sixDigitsAreThoseOfQtForRandomNumbers()
-    {
-        std::mt19937_64 random(20210317);
-        std::uniform_real_distribution<double> exponent(-20, 22);
-        std::uniform_real_distribution<double> mantissa(-10, 10);
-        std::uniform_int_distribution<int> whole(-20000000, 20000000);
-        for (int i = 0; i < 300000; ++i) {
-            double anyBits;
-            const std::uint64_t bits = random();
-            std::memcpy(&anyBits, &bits, sizeof anyBits);
-            // Halves and short decimals are where the ties are.
-            for (double value : {anyBits, mantissa(random) * std::pow(10, std::floor(exponent(random))),
-                                 whole(random) / 2.0, whole(random) / 1e7, std::ldexp(whole(random), -9)}) {
-                if (sixDigits(value) != numberText(value))
-                    QCOMPARE(sixDigits(value), numberText(value));
-            }
-        }
     }
 };
 
