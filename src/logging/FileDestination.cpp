@@ -17,8 +17,9 @@ FileDestination::FileDestination(const QString& filePath, RotationStrategyPtr st
 
 void FileDestination::write(const LogMessage& message)
 {
-    // A strategy that never saw the file open has no name to rotate.
-    if (!isValid())
+    // A strategy that never saw the file open has no name to rotate. One that did goes on counting when the file
+    // could not be reopened, so that the next rotation tries again.
+    if (!stream.device())
         return;
     const QByteArray line = message.formatted.toUtf8();
     rotation->countMessage(line);

@@ -15,7 +15,8 @@ public:
     /// Opens the file; if that fails, says so on std::cerr and stays invalid.
     FileDestination(const QString& filePath, RotationStrategyPtr rotation);
 
-    /// The line that finds the file full becomes the first of the new one. Goes nowhere while invalid.
+    /// The line that finds the file full becomes the first of the new one. Goes nowhere while invalid; a file that
+    /// was lost in a rotation is tried again by the next one.
     void write(const LogMessage& message) override;
     bool isValid() const override; ///< whether the file is open
     QString type() const override; ///< "file"

@@ -280,6 +280,24 @@ private slots:
         QVERIFY(files().isEmpty());
     }
 
+    void fileLostInARotationComesBackWithALaterOne()
+    {
+        const DestinationPtr file = sized(20, 1);
+        file->write(lineOf(20, 'a'));
+        QVERIFY(QFile::remove(path("log")));
+        QVERIFY(QDir(folder->path()).mkdir(QStringLiteral("log")));
+        put("log/kept", "");
+        QVERIFY(QDir(folder->path()).mkdir(QStringLiteral("log.1")));
+        put("log.1/kept", "");
+        const CapturedErrors errors;
+        file->write(lineOf(1, 'b'));
+        QVERIFY(!file->isValid());
+        QVERIFY(QDir(path("log")).removeRecursively());
+        file->write(lineOf(30000, 'c'));
+        QVERIFY(file->isValid());
+        QCOMPARE(content("log"), QByteArray(30000, 'c') + '\n');
+    }
+
     void openModesAreThoseOfTheStrategies()
     {
         QCOMPARE(NullRotationStrategy().openMode(), QIODevice::OpenMode(QIODevice::Truncate));
