@@ -1,9 +1,8 @@
 // The whole set of windows on an installation at fault: an operator goes through all of it, and the program lives on.
 
 #include "app/Globals.h"
-#include "app/MainWindow.h"
+#include "app/StartedWindows.h"
 #include "double/KoralinkDouble.h"
-#include "hardware/ConfigFile.h"
 #include "hardware/MailboxComm.h"
 #include "hardware/SettingsPath.h"
 #include "logging/Level.h"
@@ -11,6 +10,7 @@
 #include "support/DialogLogin.h"
 #include "support/LogLines.h"
 #include "support/MessageBoxes.h"
+#include "support/OddNumbers.h"
 #include "support/Operator.h"
 #include "support/ScratchSettings.h"
 #include "support/World.h"
@@ -110,7 +110,7 @@ class InstallationFaultsTest : public QObject
 public slots:
     void walk()
     {
-        startProgram();
+        window = startWindows();
         live();
         logIn();
         configureFeedback();
@@ -148,23 +148,6 @@ private:
         find<QLineEdit>(widgetOf(className), field)->setText(QLatin1String(text));
     }
     void trigger(const char* action) { find<QAction>(window.get(), action)->trigger(); }
-
-    /// What main does, up to the event loop.
-    void startProgram()
-    {
-        for (int bpm = 0; bpm < 2; ++bpm) {
-            bpmScaleX[bpm] = configFile->readScaleX(bpm);
-            bpmScaleY[bpm] = configFile->readScaleY(bpm);
-        }
-        mailbox->refreshData();
-        mailbox->getSystemVersion(&hwTimestampText, &swVersionText, &pidVersionText);
-        mailbox->getBPMselector(&bpmSelXlf, &bpmSelXhf, &bpmSelYlf, &bpmSelYhf);
-        window = std::make_unique<MainWindow>();
-        window->resize(1800, 980);
-        window->show();
-        loginDialog = new DialogLogin(window.get());
-        loginDialog->connectToMainWindow();
-    }
 
     /// One second of everything, and each graph in sight once.
     void live()
@@ -369,15 +352,7 @@ private slots:
         verifyThatTheNextSecondIsGood();
     }
 
-    void anyNumbersInTheStreamAreSurvived_data()
-    {
-        QTest::addColumn<double>("number");
-        QTest::newRow("not a number") << std::nan("");
-        QTest::newRow("infinite") << HUGE_VAL;
-        QTest::newRow("minus infinite") << -HUGE_VAL;
-        QTest::newRow("denormal") << 5e-324;
-        QTest::newRow("largest") << std::numeric_limits<double>::max();
-    }
+    void anyNumbersInTheStreamAreSurvived_data() { addOddNumbers(); }
     void anyNumbersInTheStreamAreSurvived()
     {
         QFETCH(double, number);

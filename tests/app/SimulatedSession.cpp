@@ -1,7 +1,7 @@
 #include "app/SimulatedSession.h"
 
 #include "app/Globals.h"
-#include "hardware/ConfigFile.h"
+#include "app/StartedWindows.h"
 #include "hardware/MailboxComm.h"
 #include "hardware/SettingsPath.h"
 #include "stream/Updater.h"
@@ -28,19 +28,7 @@ SimulatedSession::SimulatedSession() : world(std::make_unique<World>()), control
     if (!QFile::copy(QStringLiteral(KORA_TRAINING_SETTINGS), settingsPath()))
         qFatal("the training settings are missing");
 
-    for (int bpm = 0; bpm < 2; ++bpm) {
-        bpmScaleX[bpm] = configFile->readScaleX(bpm);
-        bpmScaleY[bpm] = configFile->readScaleY(bpm);
-    }
-    mailbox->refreshData();
-    mailbox->getSystemVersion(&hwTimestampText, &swVersionText, &pidVersionText);
-    mailbox->getBPMselector(&bpmSelXlf, &bpmSelXhf, &bpmSelYlf, &bpmSelYhf);
-
-    mainWindow = std::make_unique<MainWindow>();
-    mainWindow->resize(1800, 980);
-    mainWindow->show();
-    loginDialog = new DialogLogin(mainWindow.get());
-    loginDialog->connectToMainWindow();
+    mainWindow = startWindows();
     QCoreApplication::processEvents();
 }
 
