@@ -30,7 +30,8 @@ void setOutputs(DeviceFile& outputUnit, double first, double second)
     outputUnit.control(requestSetOutputs, &record);
 }
 
-/// Mean of the sum of the four currents over ten readings, each after a tenth of the step time.
+/// Mean of the sum of the four currents over ten readings, each after a tenth of the step time. The running
+/// sum is a float: each addition is made in double precision and rounded once.
 float averagedSum(DeviceFile& amplifier, unsigned long stepMicroseconds)
 {
     float sum = 0;
@@ -39,7 +40,7 @@ float averagedSum(DeviceFile& amplifier, unsigned long stepMicroseconds)
         CurrentRecord currents = {};
         amplifier.control(requestCurrents, &currents);
         for (double amps : currents.amps)
-            sum += float(amps);
+            sum = float(double(sum) + amps);
     }
     return sum / readingsPerPoint;
 }
@@ -127,9 +128,11 @@ void WindowRocking3D::saveData()
     const QString proposed = QStringLiteral("KORA_rock3D_") +
                              QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_hh-mm-ss")) +
                              QStringLiteral(".csv");
-    const QString chosen = QFileDialog::getSaveFileName(this, QStringLiteral("DialogTitle"), proposed,
+    const QPointer<WindowRocking3D> self(this);
+    // Without a parent, so that the dialog outlives a window that is destroyed beneath it.
+    const QString chosen = QFileDialog::getSaveFileName(nullptr, QStringLiteral("DialogTitle"), proposed,
                                                         QStringLiteral("CSV files (*.csv)"));
-    if (chosen.isEmpty())
+    if (!self || chosen.isEmpty())
         return;
     QFile file(chosen);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))

@@ -5,6 +5,7 @@
 #include "support/Operator.h"
 #include "support/World.h"
 #include "tools/Graph3D.h"
+#include "tools/SurfacePlot.h"
 #include "tools/SurfaceWalk.h"
 
 #include <QDialogButtonBox>
@@ -68,6 +69,13 @@ private:
     static QStringList outputsWritten()
     {
         return operate::lines(callsOf("ioctl")).filter(QStringLiteral("anvolt"));
+    }
+    const std::vector<Quad>& shownCells()
+    {
+        auto* surface = find<Graph3D>(window.get(), "graph3D")->findChild<SurfacePlot*>();
+        if (!surface)
+            qFatal("no surface");
+        return surface->quads();
     }
     QString savedPath() const { return folder.filePath(QStringLiteral("rock.csv")); }
     QByteArray saved() const
@@ -292,6 +300,34 @@ private slots:
         QVERIFY(rows.at(4095).endsWith(",0\r"));
     }
 
+    void firstPointLeavesTheSurfaceFlatButForItsCell()
+    {
+        answers().currents = [](int, const OutputRecord&) { return evenly(3e-6); };
+        afterPoints(1, window.get(), SLOT(stopMeasurement()));
+        press(button("goButton"));
+        const std::vector<Quad>& cells = shownCells();
+        QCOMPARE(cells.size(), std::size_t(63 * 63));
+        QCOMPARE(cells.front().corners[0][2], 1.0f);
+        for (const Quad& cell : cells) {
+            for (const auto& corner : cell.corners)
+                QVERIFY(&corner == &cells.front().corners[0] || corner[2] == 0.0f);
+        }
+    }
+
+    void drawnXAxisIsTheYOutput()
+    {
+        answers().currents = [](int, const OutputRecord& outputs) { return evenly(outputs.volts[1]); };
+        setRange(4, 6, 0, 63);
+        afterPoints(3, window.get(), SLOT(stopMeasurement()));
+        press(button("goButton"));
+        // Three points along Y at 0, 1 and 2 V: the heights rise along the first axis of the surface.
+        const std::vector<Quad>& cells = shownCells();
+        QCOMPARE(cells.at(0).corners[1][0], float(1 / 63.0));
+        QCOMPARE(cells.at(0).corners[1][2], 0.5f);
+        QCOMPARE(cells.at(1).corners[1][2], 1.0f);
+        QCOMPARE(cells.at(63).corners[0][2], 0.0f);
+    }
+
     void currentIsTheMeanOfTenSums()
     {
         int reading = 0;
@@ -300,6 +336,22 @@ private slots:
         press(button("goButton"));
         save();
         QVERIFY(savedRows().first().endsWith(",5.5\r"));
+    }
+
+    void currentsAreAddedInDoubleAndRoundedToFloatEachTime()
+    {
+        // A little more than half of the last place of the sum: lost if it is rounded to a float first.
+        const double little = std::ldexp(1.0, -24) + std::ldexp(1.0, -50);
+        bool first = true;
+        answers().currents = [&](int, const OutputRecord&) {
+            const double base = first ? 1.000003 : little;
+            first = false;
+            return CurrentRecord{{base, little, little, little}};
+        };
+        afterPoints(1, window.get(), SLOT(stopMeasurement()));
+        press(button("goButton"));
+        save();
+        QVERIFY2(savedRows().first().endsWith(",0.100001\r"), savedRows().first().constData());
     }
 
     void newWalkForgetsTheOldOne()
@@ -401,6 +453,15 @@ private slots:
         QVERIFY(pointsWalked() <= 10);
         QCOMPARE(operate::lines(commands()).last(), QStringLiteral("setOutputMux(1)"));
         QCOMPARE(openDescriptors(), 0);
+    }
+
+    void windowDestroyedBeneathItsFileDialogIsSurvived()
+    {
+        const FileDialogs dialogs(savedPath());
+        QTimer::singleShot(0, this, [this] { window.reset(); });
+        press(button("saveButton"));
+        QVERIFY(!window);
+        QVERIFY(!QFile::exists(savedPath()));
     }
 
     void normalisedValuesReachFromZeroToOne()
