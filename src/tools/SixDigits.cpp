@@ -12,8 +12,8 @@ constexpr double smallestWithSixDigits = 1e5;
 constexpr double firstWithSevenDigits = 1e6;
 
 // Within these bounds every power of ten below is an exact double, so that the scaled value is rounded once
-// and its error stays below 1e-9.
-constexpr double smallestScaled = 1e-17;
+// and its error stays below 1e-9. The lower bound leaves one power for an estimate that is one too low.
+constexpr double smallestScaled = 1e-16;
 constexpr double largestScaled = 1e20;
 constexpr double powersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
