@@ -113,6 +113,7 @@ WindowStepResponse::WindowStepResponse(QWidget* parent)
     detachEnterKey(this);
     dressPlot();
     makeAnnotation();
+    // X is selected from the start, so its step is on offer as after a click on it.
     selector_radioButton_changed();
     connect(runButton, SIGNAL(released()), SLOT(stepRespProcedure()));
     connect(ui->stepInXbutton, SIGNAL(clicked()), SLOT(selector_radioButton_changed()));

@@ -9,8 +9,6 @@
 #include <memory>
 #include <vector>
 
-class DeviceFile;
-
 namespace Ui {
 class WindowStepResponse;
 }

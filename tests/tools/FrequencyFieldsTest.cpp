@@ -238,6 +238,18 @@ private slots:
             QVERIFY(std::fabs(list[i] - std::pow(10, i * 0.5)) < 1e-6 * list[i]);
     }
 
+    void logarithmicSweepRunsDownwardWhereStartIsAboveStop()
+    {
+        setSweep("500", "1", "3", "log");
+        start();
+        const std::vector<double> list = generatorFrequencies();
+        QCOMPARE(list.size(), std::size_t(3));
+        QVERIFY(std::fabs(list[0] - 500) < 1e-3);
+        QVERIFY(std::fabs(list[1] - std::sqrt(500.0)) < 1e-3);
+        QCOMPARE(list[2], 1.0);
+        QCOMPARE(keys(0), (std::vector<double>{list[2], list[1], list[0]}));
+    }
+
     void runningLoopRefusesTheSweepAndKeepsALaterStop()
     {
         mailbox->pidStatus = PidStatusOutOfRoc;

@@ -174,6 +174,16 @@ private slots:
         QVERIFY(commands().empty());
     }
 
+    void newWindowOffersTheStepOfXAlone()
+    {
+        QVERIFY(box("posXStepDoubleSpinBox")->isEnabled());
+        QVERIFY(!box("posYStepDoubleSpinBox")->isEnabled());
+        QVERIFY(!box("i0StepDoubleSpinBox")->isEnabled());
+        QCOMPARE(box("posXStepDoubleSpinBox")->value(), 0.1);
+        QCOMPARE(box("posYStepDoubleSpinBox")->value(), 0.0);
+        QCOMPARE(box("i0StepDoubleSpinBox")->value(), 0.0);
+    }
+
     void selectingAnAxisSetsAndEnablesItsStepAlone()
     {
         box("posXbiasDoubleSpinBox")->setValue(7);
