@@ -1,6 +1,7 @@
 #include "hardware/MailboxComm.h"
 
 #include "app/Globals.h"
+#include "hardware/PidStatus.h"
 #include "hardware/VersionText.h"
 #include "logging/Log.h"
 
@@ -27,7 +28,15 @@ int deviceClass(const SFPinfo& port)
     return port.deviceId & classMask;
 }
 
+// Before main, so that a queued connection finds the name of the argument whoever makes it first.
+void registerPidStatus()
+{
+    qRegisterMetaType<PID_Status_Type>("PID_Status_Type");
+}
+
 } // namespace
+
+Q_CONSTRUCTOR_FUNCTION(registerPidStatus)
 
 MailboxComm::MailboxComm(QObject* parent) : QObject(parent) {}
 

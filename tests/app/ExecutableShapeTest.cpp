@@ -53,17 +53,19 @@ private slots:
         QVERIFY2(columns.at(6) != QLatin1String("UND"), "referenced, not defined");
     }
 
-    void exportsNothingOfItsOwnButTheStreamRate()
+    void exportsNothingButTheStreamRate()
     {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        QSKIP("builds for a sanitizer export what it compares across the libraries");
+#endif
         QStringList exported;
         for (const QString& line : readelf(QStringLiteral("--dyn-syms"))) {
+            // A defined symbol has the number of its section.
             const QStringList columns = line.simplified().split(QLatin1Char(' '));
-            if (columns.size() >= 8 && columns.at(6) != QLatin1String("UND") &&
-                columns.at(6) != QLatin1String("Ndx") &&
-                columns.at(7).contains(QRegularExpression(QStringLiteral("MainWindow|MailboxComm|koralink"))))
+            if (columns.size() >= 8 && columns.at(6).toInt() > 0)
                 exported.append(columns.at(7));
         }
-        QCOMPARE(exported, QStringList());
+        QCOMPARE(exported, QStringList(QStringLiteral("SAMP_FREQ")));
     }
 
     void carriesNoPathOfTheSimulation()

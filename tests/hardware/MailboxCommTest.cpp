@@ -132,6 +132,12 @@ private slots:
     }
     void cleanup() { world.reset(); }
 
+    void statusOfTheFeedbackCrossesThreadsByItsName()
+    {
+        // By its name alone: nothing here has asked for the type before.
+        QVERIFY(QMetaType::type("PID_Status_Type") != QMetaType::UnknownType);
+    }
+
     void startsEmptyAndCallsNothing()
     {
         QCOMPARE(mailbox->nrIonBars, 0);
