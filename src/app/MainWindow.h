@@ -83,7 +83,8 @@ private:
     void arrangeDocks();
     void initialiseFeedbackControl();
 
-    QsLogging::Window window;
+    /// A child as well, so that it stays above the main window and does not outlive it on the screen.
+    QsLogging::Window window{this};
     std::unique_ptr<Ui::MainWindow> ui;
     WidgetGraphXY* graphXY1 = nullptr;
     WidgetGraphXY* graphXY2 = nullptr;

@@ -373,6 +373,21 @@ private slots:
         build();
         action("action_Log")->trigger();
         QVERIFY(!window->logWindow()->isHidden());
+        QCOMPARE(windowsOf("QsLogging::Window").size(), 1);
+    }
+
+    void closingTheMainWindowIsTheEndAlsoWithTheLogOpen()
+    {
+        build();
+        window->show();
+        action("action_Log")->trigger();
+        QTimer::singleShot(0, window.get(), SLOT(close()));
+        QTimer tooLate;
+        connect(&tooLate, SIGNAL(timeout()), qApp, SLOT(quit()));
+        QSignalSpy stayedOpen(&tooLate, SIGNAL(timeout()));
+        tooLate.start(3000);
+        QApplication::exec();
+        QCOMPARE(stayedOpen.count(), 0);
     }
 
     void openingTheLoginEmitsThePresentLevelAgain()
