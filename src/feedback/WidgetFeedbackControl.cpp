@@ -1,6 +1,7 @@
 #include "feedback/WidgetFeedbackControl.h"
 
 #include "app/Globals.h"
+#include "feedback/FocusedWheel.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/LoopConfiguration.h"
 #include "hardware/MailboxComm.h"
@@ -63,6 +64,12 @@ WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent)
     ui->setupUi(this);
     findFields();
     showStoredOutputs();
+    for (int loop = 0; loop < loops; ++loop) {
+        new FocusedWheel(outputs[loop]);
+        new FocusedWheel(sources[loop]);
+    }
+    new FocusedWheel(ui->posXDoubleSpinBox);
+    new FocusedWheel(ui->posYDoubleSpinBox);
 
     ui->buttonFdbk->setCheckable(true);
     ui->buttonFdbk->setIconSize(QSize(24, 24));

@@ -11,7 +11,11 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalSpy>
+#include <QToolBox>
+#include <QWheelEvent>
 #include <QtTest>
 
 #include <memory>
@@ -321,6 +325,48 @@ private slots:
         pressUpdateConfig();
         QCOMPARE(boxes.count(), 1);
         QVERIFY(commands().empty());
+    }
+
+    void wheelOverAFieldScrollsThePageUnlessTheFieldHasTheFocus()
+    {
+        find<QToolBox>(panel.get(), "toolBox")->setCurrentIndex(1);
+        panel->resize(400, 250);
+        panel->show();
+        QVERIFY(QTest::qWaitForWindowExposed(panel.get()));
+        // Without a window manager nobody else does.
+        QApplication::setActiveWindow(panel.get());
+        field("posXDoubleSpinBox")->setEnabled(true);
+        QWidget* page = find<QWidget>(panel.get(), "pageControl");
+        QScrollBar* bar = nullptr;
+        for (QWidget* around = page->parentWidget(); around && !bar; around = around->parentWidget()) {
+            if (auto* area = qobject_cast<QScrollArea*>(around))
+                bar = area->verticalScrollBar();
+        }
+        QVERIFY(bar && bar->maximum() > 0);
+        const auto wheelDown = [](QWidget* widget) {
+            const QPointF centre = widget->rect().center();
+            QWheelEvent event(centre, widget->mapToGlobal(centre.toPoint()), QPoint(), QPoint(0, -120),
+                              Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+            // As from the mouse: others are not passed on.
+            QSpontaneKeyEvent::setSpontaneous(&event);
+            qApp->notify(widget, &event);
+        };
+        QWidget* const fields[] = {output(0), source(3), field("posXDoubleSpinBox")};
+        for (QWidget* each : fields) {
+            bar->setValue(0);
+            wheelDown(each);
+            QVERIFY(bar->value() > 0);
+        }
+        QCOMPARE(output(0)->currentIndex(), 0);
+        QCOMPARE(source(3)->currentIndex(), 0);
+        QCOMPARE(field("posXDoubleSpinBox")->value(), 0.0);
+        for (QWidget* each : fields) {
+            each->setFocus();
+            wheelDown(each);
+        }
+        QCOMPARE(output(0)->currentIndex(), 1);
+        QCOMPARE(source(3)->currentIndex(), 1);
+        QCOMPARE(field("posXDoubleSpinBox")->value(), -0.01);
     }
 
     void choicesHaveTheirTexts()
