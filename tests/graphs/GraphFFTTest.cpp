@@ -1,5 +1,6 @@
 #include "app/Globals.h"
 #include "double/KoralinkDouble.h"
+#include "graphs/PlotLook.h"
 #include "graphs/WidgetGraphFFT.h"
 #include "stream/Updater.h"
 #include "support/Operator.h"
@@ -7,6 +8,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QtTest>
@@ -102,10 +104,40 @@ private slots:
         QCOMPARE(ticker->subTickCount(), 8);
         QCOMPARE(int(plot->interactions()), 59);
         QCOMPARE(plot->axisRect()->rangeZoom(), Qt::Orientations(Qt::Vertical));
-        for (const QCPAxis* axis : {plot->xAxis, plot->yAxis}) {
-            QCOMPARE(axis->tickLabelColor(), QColor(Qt::white));
-            for (const QPen& pen : {axis->basePen(), axis->tickPen(), axis->subTickPen()})
-                QCOMPARE(pen, QPen(Qt::white, 1.0));
+        QVERIFY(plot_look::isWhite(plot->xAxis) && plot_look::isWhite(plot->yAxis));
+    }
+
+    void theGradientFollowsTheHeightOfThePlot()
+    {
+        graph->resize(700, 500);
+        graph->show();
+        QVERIFY(QTest::qWaitForWindowExposed(graph.get()));
+        QVERIFY(plot_look::gradientFillsTheHeight(plot));
+        graph->resize(700, 300);
+        QCoreApplication::processEvents();
+        QVERIFY(plot->height() < 300);
+        QVERIFY(plot_look::gradientFillsTheHeight(plot));
+    }
+
+    void everyChoiceHasItsLabelBeforeIt()
+    {
+        graph->show();
+        QVERIFY(QTest::qWaitForWindowExposed(graph.get()));
+        const struct
+        {
+            const char* text;
+            const char* object;
+        } rows[] = {{"Selector: ", "selectorComboBox"}, {"FFT Length:", "fFTLengthComboBox"},
+                    {"Remove DC:", "removeDCCheckBox"}, {"X Axis:", "xAxisComboBox"},
+                    {"Y Axis:", "yAxisComboBox"},       {"Cursor X", "lineEditCursorX"},
+                    {"Cursor Y", "lineEditCursorY"}};
+        const QList<QLabel*> labels = graph->findChildren<QLabel*>();
+        QCOMPARE(labels.size(), int(std::size(rows)));
+        for (int i = 0; i < labels.size(); ++i) {
+            QCOMPARE(labels.at(i)->text(), QLatin1String(rows[i].text));
+            const QRect field = find<QWidget>(graph.get(), rows[i].object)->geometry();
+            QVERIFY(labels.at(i)->geometry().right() < field.left());
+            QVERIFY(qAbs(labels.at(i)->geometry().center().y() - field.center().y()) <= 1);
         }
     }
 

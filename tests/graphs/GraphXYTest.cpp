@@ -1,5 +1,6 @@
 #include "app/Globals.h"
 #include "double/KoralinkDouble.h"
+#include "graphs/PlotLook.h"
 #include "graphs/WidgetGraphXY.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/LoopConfiguration.h"
@@ -188,12 +189,23 @@ private slots:
         QCOMPARE(custom->interactions(), QCP::Interactions(QCP::iRangeZoom));
         QCOMPARE(custom->xAxis->label(), QStringLiteral("Horizontal position [um]"));
         QCOMPARE(custom->yAxis->label(), QStringLiteral("Vertical position [um]"));
+        QVERIFY(plot_look::isWhite(custom->xAxis) && plot_look::isWhite(custom->yAxis));
         QCOMPARE(find<QPushButton>(&widget, "resetZoomButton")->text(), QStringLiteral("Reset Zoom"));
         auto* enable = find<QPushButton>(&widget, "targetEnable");
         QCOMPARE(enable->text(), QStringLiteral("Target Enable"));
         QVERIFY(enable->isCheckable() && !enable->isChecked());
         QCPGraphDataContainer* const map = widget.dataMap();
         QVERIFY(cloud->data().data() == map && map->isEmpty());
+    }
+
+    void theGradientFollowsTheHeightOfThePlot()
+    {
+        show(0);
+        QVERIFY(plot_look::gradientFillsTheHeight(plot));
+        graph->resize(500, 300);
+        QCoreApplication::processEvents();
+        QVERIFY(plot->height() < 300);
+        QVERIFY(plot_look::gradientFillsTheHeight(plot));
     }
 
     void newLimitsShowAtOnceAndResetZoomFollowsThem()

@@ -1,5 +1,6 @@
 #include "app/Globals.h"
 #include "double/KoralinkDouble.h"
+#include "graphs/PlotLook.h"
 #include "graphs/WidgetGraphCurrents.h"
 #include "graphs/WidgetGraphInt.h"
 #include "graphs/WidgetGraphPos.h"
@@ -87,12 +88,7 @@ private:
         QCOMPARE(plot->yAxis->numberPrecision(), 5);
         QCOMPARE(plot->xAxis->label(), QStringLiteral("xLabel"));
         QCOMPARE(plot->yAxis->label(), QStringLiteral("yLabel"));
-        for (const QCPAxis* axis : {plot->xAxis, plot->yAxis}) {
-            QCOMPARE(axis->labelColor(), QColor(Qt::white));
-            QCOMPARE(axis->tickLabelColor(), QColor(Qt::white));
-            for (const QPen& pen : {axis->basePen(), axis->tickPen(), axis->subTickPen()})
-                QCOMPARE(pen, QPen(Qt::white, 1.0));
-        }
+        QVERIFY(plot_look::isWhite(plot->xAxis) && plot_look::isWhite(plot->yAxis));
         QVERIFY(find<QCheckBox>(&widget, "buttonAutoscale")->isChecked());
         QCOMPARE(find<QCheckBox>(&widget, "buttonAutoscale")->text(), QStringLiteral("Autoscale"));
     }
