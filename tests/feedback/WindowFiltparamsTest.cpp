@@ -11,6 +11,7 @@
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
 #include <QGroupBox>
+#include <QImage>
 #include <QPushButton>
 #include <QtTest>
 
@@ -142,6 +143,13 @@ private slots:
             QCOMPARE(box(name)->value(), 100.0);
         }
         QVERIFY(commands().empty());
+    }
+
+    void diagramOfTheFilterIsCarriedInGrey()
+    {
+        const QImage diagram(QStringLiteral(":/images/images/iirfilter.png"));
+        QVERIFY(!diagram.isNull());
+        QVERIFY(diagram.allGray());
     }
 
     void levelIsLookedAtOnlyWhenShown()

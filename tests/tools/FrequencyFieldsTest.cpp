@@ -89,6 +89,11 @@ private slots:
                 }
                 QVERIFY(axis->grid()->subGridVisible());
             }
+            // The left edge shows the gradient, which ends at 200 pixels.
+            const QImage picture = plot->toPixmap(300, 300).toImage();
+            QCOMPARE(picture.pixelColor(0, 0), QColor(100, 100, 100));
+            QVERIFY(qAbs(picture.pixelColor(0, 100).green() - 65) <= 1);
+            QCOMPARE(picture.pixelColor(0, 200), QColor(30, 30, 30));
         }
         QCOMPARE(magnitudePlot()->yAxis->label(), QStringLiteral("Magnitude"));
         QCOMPARE(phasePlot()->yAxis->label(), QStringLiteral("Phase [deg]"));

@@ -2,6 +2,7 @@
 #include "double/KoralinkDouble.h"
 #include "support/DrivenPause.h"
 #include "support/FileDialogs.h"
+#include "support/MessageBoxes.h"
 #include "support/Operator.h"
 #include "support/World.h"
 #include "tools/Graph3D.h"
@@ -9,6 +10,7 @@
 #include "tools/SurfaceWalk.h"
 
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QDoubleSpinBox>
 #include <QFile>
 #include <QHostInfo>
@@ -245,16 +247,29 @@ private slots:
 
     void cancelledSaveWritesNothing()
     {
-        FileDialogs dialogs{QString()};
+        // The proposed name is relative to the working directory.
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(folder.path()));
+        const FileDialogs dialogs{QString()};
+        const MessageBoxes boxes;
         press(button("saveButton"));
-        QVERIFY(!QFile::exists(savedPath()));
+        const QStringList written = QDir(folder.path()).entryList(QDir::Files);
+        QVERIFY(QDir::setCurrent(before));
+        QCOMPARE(written, QStringList());
+        QCOMPARE(dialogs.dialogs().size(), 1);
+        QCOMPARE(boxes.count(), 0);
     }
 
     void folderAsPathIsRefusedWithoutAWord()
     {
-        const FileDialogs dialogs(folder.path());
+        const QString older = folder.filePath(QStringLiteral("folder.csv"));
+        QVERIFY(QDir().mkdir(older));
+        const FileDialogs dialogs(older);
+        const MessageBoxes boxes;
         press(button("saveButton"));
-        QVERIFY(QFileInfo(folder.path()).isDir());
+        QCOMPARE(dialogs.dialogs().size(), 1);
+        QCOMPARE(boxes.count(), 0);
+        QVERIFY(QDir().rmdir(older));
     }
 
     void saveOverwritesAnOlderFile()

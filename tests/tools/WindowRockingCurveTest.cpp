@@ -142,6 +142,7 @@ private slots:
     void plotHasTheStatedLook()
     {
         QCOMPARE(plot->graphCount(), 3);
+        QCOMPARE(plot->toPixmap(300, 300).toImage().pixelColor(0, 0), QColor(Qt::darkGray));
         QCOMPARE(plot->xAxis->label(), QStringLiteral(" Output voltage [V] "));
         QCOMPARE(plot->yAxis->label(), QStringLiteral(" Input current [A] "));
         QCOMPARE(plot->xAxis->range(), QCPRange(4, 6));

@@ -152,6 +152,11 @@ private slots:
         QCOMPARE(plot->graph(1)->keyAxis(), plot->xAxis);
         QCOMPARE(plot->graph(1)->valueAxis(), plot->yAxis2);
         QCOMPARE(plot->graph(1)->pen().color(), QColor(200, 0, 0));
+        // The left edge shows the gradient, which ends at 500 pixels.
+        const QImage picture = plot->toPixmap(300, 600).toImage();
+        QCOMPARE(picture.pixelColor(0, 0), QColor(250, 250, 250));
+        QVERIFY(qAbs(picture.pixelColor(0, 250).green() - 235) <= 1);
+        QCOMPARE(picture.pixelColor(0, 500), QColor(220, 220, 220));
         QVERIFY(plot->yAxis2->visible());
         QCOMPARE(int(plot->interactions()), 19);
         QCOMPARE(plot->axisRect()->rangeZoom(), Qt::Orientations(Qt::Horizontal));
