@@ -1,18 +1,12 @@
 #pragma once
 
+#include "simulation/InstallationState.h"
 #include "simulation/NormalNoise.h"
 #include "simulation/Oscillator.h"
 
 #include <array>
 
 namespace kora::simulation {
-
-/// Periodic motion of the beam: x follows the cosine, y the sine. Peak values.
-struct VibrationLine {
-    double frequencyHz;
-    double xMicrometres;
-    double yMicrometres;
-};
 
 /// What moves the beam without any actuator, as docs/simulation.md lists it.
 struct BeamSettings {
@@ -48,6 +42,9 @@ public:
 
     /// The next sample, one step of the physics later.
     BeamSample next();
+
+    const BeamSettings& motion() const { return settings; }
+    bool isSwitchedOn() const { return isOn; }
 
     void setOn(bool on) { isOn = on; }
     void kick(double xMicrometres, double yMicrometres);

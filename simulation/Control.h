@@ -1,16 +1,12 @@
 #pragma once
 
+#include "simulation/InstallationState.h"
+
 #include <dlfcn.h>
 
 #include <cstdint>
 
 namespace kora::simulation {
-
-/// Position of the beam's centre, micrometres.
-struct BeamPosition {
-    double x;
-    double y;
-};
 
 /// What a test or a training console does to the simulated installation behind the back of the program: time,
 /// beam, devices and faults. All members may be called from any thread. Amplitudes are peak values.
@@ -57,6 +53,13 @@ public:
     virtual double outputVolts(int output) = 0;
     /// Back to the state of power-on, faults cleared; the clock stays real or driven, its time starts at 0.
     virtual void reset() = 0;
+
+    /// Everything of this moment at once.
+    virtual InstallationState state() = 0;
+    /// Puts the cables of a detector on other channels of its amplifier.
+    /// @param bpm 0 or 1
+    /// @return false, and nothing changes, for channels that do not exist or that two cables would share
+    virtual bool connectCables(int bpm, const ElectrodeChannels& channels) = 0;
 
 protected:
     ~Control() = default;

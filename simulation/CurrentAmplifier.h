@@ -32,6 +32,7 @@ public:
     int rangeInUse() const { return activeRange; }
     /// RMS in range 0, A.
     void setNoise(double amps) { noiseAmps = amps; }
+    double noiseLevel() const { return noiseAmps; }
 
     HighVoltage& highVoltage() { return bias; }
     const HighVoltage& highVoltage() const { return bias; }

@@ -150,7 +150,7 @@ void Installation::advance(double seconds)
 
 double Installation::time()
 {
-    return manipulate([this](Plant& running) { return double(running.stepsDone() - historySteps) / physicsRate; });
+    return manipulate([this](Plant&) { return runningTime(); });
 }
 
 void Installation::setBeamOn(bool on)
@@ -254,6 +254,43 @@ void Installation::reset()
     std::fill(std::begin(devicePresent), std::end(devicePresent), true);
     debt.start(clock.seconds());
     ensureHistory(longestHistoryS);
+}
+
+InstallationState Installation::state()
+{
+    return manipulate([this](Plant& observed) {
+        InstallationState now = {};
+        now.time = runningTime();
+        now.drivenClock = driven;
+        const BeamSample sample = observed.beamAtMonitor();
+        now.beamOn = observed.beam().isSwitchedOn();
+        now.flux = sample.flux;
+        now.position = {sample.x, sample.y};
+        const BeamSettings& motion = observed.beam().motion();
+        now.driftMicrometres = motion.driftMicrometres;
+        now.driftPeriodS = motion.driftPeriodS;
+        now.walkMicrometres = motion.walkMicrometres;
+        now.noiseMicrometres = motion.noiseMicrometres;
+        now.currentNoiseAmps = observed.amplifier(0).noiseLevel();
+        now.lines = motion.lines;
+        now.feedbackStatus = observed.loops().status();
+        now.configuration = observed.loops().configuration();
+        now.streamRate = observed.stream().rate();
+        std::copy_n(observed.outputs().volts(), 4, now.outputVolts.begin());
+        for (int port = 0; port < SfpPorts::count; ++port)
+            now.ports[std::size_t(port)] = observed.ports().info(port).deviceId;
+        now.cables = {observed.cables(0).connected(), observed.cables(1).connected()};
+        std::copy(std::begin(devicePresent), std::end(devicePresent), now.devicePresent.begin());
+        now.failing.insert(faults.failures().begin(), faults.failures().end());
+        now.missingRecords = faults.missingRecords();
+        now.garbageBlocks = faults.isGarbage();
+        return now;
+    });
+}
+
+bool Installation::connectCables(int bpm, const ElectrodeChannels& channels)
+{
+    return manipulate([&](Plant& changed) { return (bpm == 0 || bpm == 1) && changed.cables(bpm).connect(channels); });
 }
 
 } // namespace kora::simulation

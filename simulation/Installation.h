@@ -4,6 +4,7 @@
 #include "simulation/Control.h"
 #include "simulation/Faults.h"
 #include "simulation/Plant.h"
+#include "simulation/Rates.h"
 #include "simulation/TimeDebt.h"
 
 #include <mutex>
@@ -16,7 +17,7 @@ constexpr const char* devicePaths[] = {streamDevicePath, amplifierDevicePath[0],
                                        outputDevicePath};
 constexpr int deviceCount = 4;
 
-/// One plant under one lock, kept up to the clock by every call; it has no thread of its own. All members may be
+/// One plant under one lock, kept up to the clock by every call; no thread runs it. All members may be
 /// called from any thread.
 class Installation final : public Control {
 public:
@@ -73,8 +74,11 @@ public:
     BeamPosition beamPosition() override;
     double outputVolts(int output) override;
     void reset() override;
+    InstallationState state() override;
+    bool connectCables(int bpm, const ElectrodeChannels& channels) override;
 
 private:
+    double runningTime() const { return double(plant->stepsDone() - historySteps) / physicsRate; }
     void catchUp();
     void ensureHistory(double seconds);
     void ensureStreamHistory(int count);

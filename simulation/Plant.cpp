@@ -100,7 +100,7 @@ void Plant::readMonitors()
                 detector.shares(positionX * powerOn::lever[bpm], positionY * powerOn::lever[bpm]);
             for (double& current : electrodes)
                 current *= flux * powerOn::totalCurrent;
-            readings[bpm] = monitors[bpm].evaluate(amplifiers[bpm].measure(electrodes));
+            readings[bpm] = monitors[bpm].evaluate(amplifiers[bpm].measure(wiring[bpm].carry(electrodes)));
         } else {
             amplifiers[bpm].measureNothing();
             readings[bpm] = readEncoder(bpm);

@@ -4,6 +4,7 @@
 #include "simulation/Beam.h"
 #include "simulation/CurrentAmplifier.h"
 #include "simulation/DisplayStream.h"
+#include "simulation/ElectrodeCables.h"
 #include "simulation/FeedbackLoops.h"
 #include "simulation/OutputUnit.h"
 #include "simulation/SfpPorts.h"
@@ -25,6 +26,7 @@ public:
     /// Centre of the beam at BPM1, micrometres.
     BeamSample beamAtMonitor() const { return {positionX, positionY, flux}; }
     SfpPorts& ports() { return sfp; }
+    ElectrodeCables& cables(int bpm) { return wiring[bpm]; }
     CurrentAmplifier& amplifier(int index) { return amplifiers[index]; }
     PositionMonitor& monitor(int bpm) { return monitors[bpm]; }
     Interlock& interlock() { return region; }
@@ -51,6 +53,7 @@ private:
     SfpPorts sfp;
     Beam source;
     QuadrantDetector detector;
+    ElectrodeCables wiring[2];
     CurrentAmplifier amplifiers[2];
     PositionMonitor monitors[2];
     Interlock region;

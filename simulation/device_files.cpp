@@ -8,6 +8,7 @@
 
 #include "simulation/DeviceOperations.h"
 #include "simulation/Installation.h"
+#include "simulation/console/Listener.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -140,7 +141,8 @@ bool takesMode(int flags) noexcept
     return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
 }
 
-/// Tries the look-up order out once, before main: the name must lead here, or through a sanitizer to here.
+/// Tries the look-up order out once, before main: the name must lead here, or through a sanitizer to here. The console
+/// is served from then on.
 __attribute__((constructor)) void checkLookUpOrder()
 {
     using Open = int(const char*, int, ...);
@@ -156,8 +158,10 @@ __attribute__((constructor)) void checkLookUpOrder()
     if (found)
         found(streamDevicePath, O_RDONLY);
     probing = false;
-    if (reached)
+    if (reached) {
+        startListening();
         return;
+    }
     static const char message[] = "libkoralink.so.1 (simulated installation): the device files of this process are "
                                   "out of reach, because open() is found in another library first. Start the "
                                   "program with LD_LIBRARY_PATH and link it against the library by name.\n";

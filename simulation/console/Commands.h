@@ -1,0 +1,20 @@
+#pragma once
+
+#include "simulation/Control.h"
+#include "simulation/console/Words.h"
+
+#include <functional>
+
+namespace kora::simulation {
+
+/// What a command does to the installation; returns what it answers, empty or whole lines.
+using Action = std::function<std::string(Control&)>;
+
+/// Reads one command of the training console. Takes no installation: the console checks input before it looks for one.
+/// @throw InputError
+Action parseCommand(const Words& words);
+
+/// One line a command, with its arguments and its effect.
+std::string commandHelp();
+
+} // namespace kora::simulation

@@ -1,0 +1,151 @@
+#include "simulation/console/MeetingPlace.h"
+
+#include <dirent.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace kora::simulation {
+
+namespace {
+
+constexpr char suffix[] = ".socket";
+/// Room that a folder must leave for the names of sockets in an address.
+constexpr std::size_t longestName = sizeof "/.4194304.socket";
+
+struct FolderCloser {
+    void operator()(DIR* directory) const { closedir(directory); }
+};
+
+std::vector<std::string> candidateFolders()
+{
+    std::vector<std::string> folders;
+    const char* const runtime = secure_getenv("XDG_RUNTIME_DIR");
+    if (runtime && runtime[0] == '/')
+        folders.push_back(std::string(runtime) + "/kora-simulation");
+    folders.push_back("/tmp/kora-simulation-" + std::to_string(geteuid()));
+    return folders;
+}
+
+/// A folder that somebody else prepared, or can look into, is not trusted.
+bool isOurs(const std::string& folder)
+{
+    struct stat file;
+    return lstat(folder.c_str(), &file) == 0 && S_ISDIR(file.st_mode) && file.st_uid == geteuid()
+        && (file.st_mode & 077) == 0;
+}
+
+pid_t pidOf(const std::string& name)
+{
+    const std::size_t length = name.size() - std::min(name.size(), sizeof suffix - 1);
+    pid_t pid = 0;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + length, pid);
+    return error == std::errc() && name.compare(length, std::string::npos, suffix) == 0 && end == name.data() + length
+             ? pid
+             : 0;
+}
+
+/// Whether a process stands behind the socket; its file is removed if none does.
+bool isServed(const std::string& path)
+{
+    const int fd = newSocket();
+    if (fd < 0)
+        return false;
+    limitWaiting(fd, 1);
+    const bool refused = connectTo(fd, path) != 0 && (errno == ECONNREFUSED || errno == ENOENT);
+    close(fd);
+    if (refused)
+        unlink(path.c_str());
+    return !refused;
+}
+
+template <typename Call>
+int withAddress(int fd, const std::string& path, Call call)
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) {
+        errno = ENAMETOOLONG;
+        return -1;
+    }
+    std::memcpy(address.sun_path, path.data(), path.size());
+    return call(fd, reinterpret_cast<const sockaddr*>(&address), socklen_t(sizeof address));
+}
+
+} // namespace
+
+std::string meetingFolder()
+{
+    for (const std::string& folder : candidateFolders()) {
+        mkdir(folder.c_str(), 0700);
+        if (isOurs(folder) && folder.size() + longestName <= sizeof(sockaddr_un::sun_path))
+            return folder;
+    }
+    return {};
+}
+
+std::string socketPath(const std::string& folder, pid_t pid)
+{
+    return folder + '/' + std::to_string(pid) + suffix;
+}
+
+std::vector<RunningSimulation> runningSimulations()
+{
+    std::vector<RunningSimulation> found;
+    const std::string folder = meetingFolder();
+    const std::unique_ptr<DIR, FolderCloser> directory(folder.empty() ? nullptr : opendir(folder.c_str()));
+    if (!directory)
+        return found;
+    while (const dirent* const entry = readdir(directory.get())) {
+        const pid_t pid = pidOf(entry->d_name);
+        if (pid > 0 && isServed(socketPath(folder, pid)))
+            found.push_back({pid, socketPath(folder, pid)});
+    }
+    std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.pid < b.pid; });
+    return found;
+}
+
+int bindTo(int fd, const std::string& path)
+{
+    return withAddress(fd, path, bind);
+}
+
+int connectTo(int fd, const std::string& path)
+{
+    return withAddress(fd, path, connect);
+}
+
+int newSocket()
+{
+    return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+}
+
+void limitWaiting(int fd, int seconds)
+{
+    const timeval limit = {seconds, 0};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+}
+
+bool sendAll(int fd, const std::string& text)
+{
+    for (std::size_t sent = 0; sent < text.size();) {
+        // Whoever hangs up in between must not end this process by a signal.
+        const ssize_t taken = send(fd, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
+        if (taken <= 0)
+            return false;
+        sent += std::size_t(taken);
+    }
+    return true;
+}
+
+} // namespace kora::simulation

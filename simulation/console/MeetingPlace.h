@@ -1,0 +1,35 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace kora::simulation {
+
+/// The folder where the sockets of this user's simulations lie, one a process: kora-simulation in $XDG_RUNTIME_DIR,
+/// else /tmp/kora-simulation-UID. Nobody else can enter it. Makes it where it is missing.
+/// @return empty when neither can be made or trusted
+std::string meetingFolder();
+std::string socketPath(const std::string& folder, pid_t pid);
+
+struct RunningSimulation {
+    pid_t pid;
+    std::string socket;
+};
+
+/// All simulations of this user, the lowest pid first. Takes away the sockets of processes that ended without doing
+/// it.
+std::vector<RunningSimulation> runningSimulations();
+
+/// An address of the socket, for bind() and connect(). @return its file descriptor, or -1 with errno
+int bindTo(int fd, const std::string& path);
+int connectTo(int fd, const std::string& path);
+/// A new stream socket that programs started from here do not inherit. @return its descriptor, or -1
+int newSocket();
+/// The longest time that a receive or a send on the socket waits.
+void limitWaiting(int fd, int seconds);
+/// Sends all of it. @return whether it was taken
+bool sendAll(int fd, const std::string& text);
+
+} // namespace kora::simulation

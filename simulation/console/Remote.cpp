@@ -1,0 +1,95 @@
+#include "simulation/console/Remote.h"
+
+#include "simulation/console/InputError.h"
+#include "simulation/console/Protocol.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cstring>
+
+namespace kora::simulation {
+
+namespace {
+
+/// A simulation that takes longer for an answer is stopped, s.
+constexpr int patience = 10;
+
+/// Closes at the end of its scope.
+struct Connection {
+    ~Connection()
+    {
+        if (fd >= 0)
+            close(fd);
+    }
+    const int fd;
+};
+
+bool takePrefix(std::string& text, const char* prefix)
+{
+    const std::size_t length = std::strlen(prefix);
+    if (text.compare(0, length, prefix) != 0)
+        return false;
+    text.erase(0, length);
+    return true;
+}
+
+} // namespace
+
+Remote Remote::find(std::optional<pid_t> pid)
+{
+    const std::vector<RunningSimulation> running = runningSimulations();
+    if (pid) {
+        for (const RunningSimulation& simulation : running)
+            if (simulation.pid == *pid)
+                return Remote(simulation);
+        throw NoSimulation("no simulation is running in process " + std::to_string(*pid));
+    }
+    if (running.empty())
+        throw NoSimulation("no simulation is running");
+    if (running.size() > 1) {
+        std::string pids;
+        for (const RunningSimulation& simulation : running)
+            pids += (pids.empty() ? "" : ", ") + std::to_string(simulation.pid);
+        throw InputError("several simulations are running (" + pids + "): choose one with --pid");
+    }
+    return Remote(running.front());
+}
+
+std::string Remote::ask(const std::string& command) const
+{
+    if (command.size() >= protocol::longestRequest)
+        throw InputError("the command is too long");
+    const Connection connection{newSocket()};
+    if (connection.fd < 0)
+        throw NoSimulation(std::string("no socket: ") + std::strerror(errno));
+    limitWaiting(connection.fd, patience);
+    if (connectTo(connection.fd, simulation.socket) != 0)
+        throw NoSimulation("the simulation in process " + std::to_string(simulation.pid) + " has ended or hangs");
+    std::string answer = converse(connection.fd, command + '\n');
+    if (takePrefix(answer, protocol::accepted))
+        return answer;
+    if (!takePrefix(answer, protocol::refused))
+        throw NoSimulation("the simulation in process " + std::to_string(simulation.pid) + " does not answer");
+    answer.erase(answer.find_last_not_of('\n') + 1);
+    throw InputError(answer);
+}
+
+std::string Remote::converse(int fd, const std::string& command) const
+{
+    std::string answer;
+    if (!sendAll(fd, command))
+        return answer;
+    char part[4096];
+    for (;;) {
+        const ssize_t received = recv(fd, part, sizeof part, 0);
+        // A part of an answer is none.
+        if (received < 0)
+            return {};
+        if (received == 0)
+            return answer;
+        answer.append(part, std::size_t(received));
+    }
+}
+
+} // namespace kora::simulation

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QStringList>
+
+/// What kora-sim said and how it ended.
+struct ConsoleRun
+{
+    int status;
+    QString output;
+    QString error;
+
+    /// Whether it ended as one that was told something wrong: one line, and nothing else.
+    bool isRefusal(int wantedStatus, const QString& words) const
+    {
+        return status == wantedStatus && output.isEmpty() && error.startsWith(QLatin1String("kora-sim: "))
+            && error.count(QLatin1Char('\n')) == 1 && error.endsWith(QLatin1Char('\n')) && error.contains(words);
+    }
+    QByteArray described() const
+    {
+        return QStringLiteral("status %1\n%2%3").arg(status).arg(output, error).toLocal8Bit();
+    }
+};
+
+/// Runs kora-sim to its end.
+/// @param runtimeFolder  for XDG_RUNTIME_DIR; empty for that of this process
+inline ConsoleRun runConsole(const QStringList& arguments, const QString& runtimeFolder = QString())
+{
+    QProcess console;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    if (!runtimeFolder.isEmpty())
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeFolder);
+    console.setProcessEnvironment(environment);
+    console.start(QStringLiteral(KORA_CONSOLE), arguments);
+    const bool ended = console.waitForFinished() && console.exitStatus() == QProcess::NormalExit;
+    return {ended ? console.exitCode() : -1, QString::fromUtf8(console.readAllStandardOutput()),
+            QString::fromUtf8(console.readAllStandardError())};
+}
