@@ -1,11 +1,7 @@
 #include "Interleaved.h"
 
 #include "app/Globals.h"
-#include "graphs/WidgetGraphCurrents.h"
-#include "graphs/WidgetGraphFFT.h"
-#include "graphs/WidgetGraphInt.h"
-#include "graphs/WidgetGraphPos.h"
-#include "graphs/WidgetGraphXY.h"
+#include "app/MainWindow.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/MailboxComm.h"
 #include "hardware/koralink.h"
@@ -15,7 +11,6 @@
 
 #include <QApplication>
 #include <QDockWidget>
-#include <QMainWindow>
 #include <QMap>
 #include <fftw3.h>
 
@@ -164,66 +159,25 @@ void spectrumOf8192(benchmark::State& state)
     fftw_free(output);
 }
 
-/// The graphs of the board: the clouds above, below them the spectrum and the graphs against time in tabs.
-class Board : public QMainWindow
+void bringIntoSight(MainWindow& window, const QString& dockTitle)
 {
-public:
-    Board()
-    {
-        auto* cloud1 = new WidgetGraphXY(0, this);
-        auto* cloud2 = new WidgetGraphXY(1, this);
-        updater->setGraphData(Updater::KindXY1, 0, cloud1->dataMap());
-        updater->setGraphData(Updater::KindXY2, 0, cloud2->dataMap());
-        addGraph(cloud1, Qt::TopDockWidgetArea);
-        addGraph(cloud2, Qt::TopDockWidgetArea);
-        auto* spectrum = new WidgetGraphFFT(this);
-        updater->setGraphData(Updater::KindFFT, 0, spectrum->dataMap());
-        spectrumDock = addGraph(spectrum, Qt::BottomDockWidgetArea);
-        currentsDock = addTimeGraph(new WidgetGraphCurrents(this, 4), Updater::KindCurrents1, 4);
-        addTimeGraph(new WidgetGraphCurrents(this, 4), Updater::KindCurrents2, 4);
-        addTimeGraph(new WidgetGraphCurrents(this, 4), Updater::KindDAC, 4);
-        addTimeGraph(new WidgetGraphPos(this, 0, 4), Updater::KindPosX, 4);
-        addTimeGraph(new WidgetGraphPos(this, 1, 4), Updater::KindPosY, 4);
-        addTimeGraph(new WidgetGraphInt(this, 2), Updater::KindInt, 2);
-        resize(1800, 900);
+    for (QDockWidget* dock : window.findChildren<QDockWidget*>()) {
+        if (dock->windowTitle() == dockTitle)
+            dock->raise();
     }
-
-    void raise(bool currents)
-    {
-        (currents ? currentsDock : spectrumDock)->raise();
-        show();
-        for (int turn = 0; turn < 30; ++turn)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-
-private:
-    QDockWidget* addGraph(QWidget* graph, Qt::DockWidgetArea area)
-    {
-        auto* dock = new QDockWidget(this);
-        dock->setWidget(graph);
-        addDockWidget(area, dock);
-        QObject::connect(updater, SIGNAL(replotGraphs()), graph, SLOT(replot()));
-        return dock;
-    }
-    QDockWidget* addTimeGraph(WidgetGraphTime* graph, int kind, int channels)
-    {
-        QDockWidget* dock = addGraph(graph, Qt::BottomDockWidgetArea);
-        tabifyDockWidget(spectrumDock, dock);
-        for (int channel = 0; channel < channels; ++channel)
-            updater->setGraphData(kind, channel, graph->dataMap(channel));
-        return dock;
-    }
-
-    QDockWidget* spectrumDock = nullptr;
-    QDockWidget* currentsDock = nullptr;
-};
+    for (int turn = 0; turn < 30; ++turn)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+}
 
 void wholeTick(benchmark::State& state)
 {
     Stream stream;
-    Board board;
-    board.raise(state.range(0) != 0);
-    state.SetLabel(state.range(0) ? "currents in sight" : "spectrum in sight");
+    const char* const title = state.range(0) ? "Graph DAC" : "Graph FFT";
+    state.SetLabel(title);
+    MainWindow window;
+    window.resize(1800, 900);
+    window.show();
+    bringIntoSight(window, QLatin1String(title));
     updater->fftLength = 8192;
     SAMP_FREQ = 10000;
     fillWithNoise(static_cast<DisplayRecord*>(updater->buffer));
