@@ -4,6 +4,7 @@
 #include "support/OddNumbers.h"
 #include "support/Operator.h"
 
+#include <QApplication>
 #include <QSignalSpy>
 #include <QTimer>
 #include <QtTest>
@@ -34,6 +35,8 @@ private:
     }
 
 private slots:
+    // A message box that closes is the last window here: it alone must not end the event loop.
+    void initTestCase() { QApplication::setQuitOnLastWindowClosed(false); }
     void init()
     {
         window = std::make_unique<Window>();
@@ -113,6 +116,19 @@ private slots:
         QTimer::singleShot(20000, qApp, [] { QCoreApplication::exit(99); });
         QCOMPARE(QCoreApplication::exec(), 0);
         QCOMPARE(boxes.count(), 1);
+    }
+
+    void theStreamGoesOnBehindTheOpenBox()
+    {
+        MessageBoxes boxes;
+        QSignalSpy replots(updater, SIGNAL(replotGraphs()));
+        answers().deliveredRecords = 0;
+        QTimer::singleShot(0, updater, SLOT(updateGraphs()));
+        QTimer::singleShot(0, updater, SLOT(updateGraphs()));
+        QTimer::singleShot(20000, qApp, [] { QCoreApplication::exit(99); });
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QCOMPARE(boxes.count(), 2);
+        QCOMPARE(replots.count(), 2);
     }
 
     void aRateThatIsNoneDoesNoHarm_data()
