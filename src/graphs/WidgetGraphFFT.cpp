@@ -1,6 +1,7 @@
 #include "graphs/WidgetGraphFFT.h"
 
 #include "app/Globals.h"
+#include "graphs/ClickedPlace.h"
 #include "graphs/PlotDress.h"
 #include "graphs/PlotRedraw.h"
 #include "graphs/SpectrumSignals.h"
@@ -9,7 +10,6 @@
 #include "ui_WidgetGraphFFT.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 
 namespace {
@@ -110,11 +110,9 @@ void WidgetGraphFFT::fftLengthChanged(QString str)
 
 void WidgetGraphFFT::graphClicked(QMouseEvent* event)
 {
-    // The pixel is what is rounded, not the coordinate.
-    const double x = ui->graph->xAxis->pixelToCoord(std::round(event->localPos().x()));
-    const double y = ui->graph->yAxis->pixelToCoord(std::round(event->localPos().y()));
-    ui->lineEditCursorX->setText(QString::number(x, 'e', 3));
-    ui->lineEditCursorY->setText(QString::number(y, 'e', 3));
+    const QPointF place = clickedPlace(ui->graph, event);
+    ui->lineEditCursorX->setText(QString::number(place.x(), 'e', 3));
+    ui->lineEditCursorY->setText(QString::number(place.y(), 'e', 3));
 }
 
 void WidgetGraphFFT::fftSelectorChanged(QString selector)

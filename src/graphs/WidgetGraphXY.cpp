@@ -1,6 +1,7 @@
 #include "graphs/WidgetGraphXY.h"
 
 #include "app/Globals.h"
+#include "graphs/ClickedPlace.h"
 #include "graphs/PlotDress.h"
 #include "graphs/PlotRedraw.h"
 #include "graphs/TraceGraph.h"
@@ -115,19 +116,17 @@ void WidgetGraphXY::resetZoom()
 
 void WidgetGraphXY::graphClicked(QMouseEvent* event)
 {
-    // The pixel is what is rounded, not the coordinate.
-    const double x = ui->graph->xAxis->pixelToCoord(std::round(event->localPos().x()));
-    const double y = ui->graph->yAxis->pixelToCoord(std::round(event->localPos().y()));
+    const QPointF place = clickedPlace(ui->graph, event);
     if (!ui->targetEnable->isChecked() || (userLevel != 1 && userLevel != 2))
         return;
     if (const LoopConfiguration* configuration = loopConfiguration(mailbox->getPIDconf())) {
-        if (!isInsideLimits(*configuration, x, y)) {
+        if (!isInsideLimits(*configuration, place.x(), place.y())) {
             QMessageBox::information(nullptr, QStringLiteral("Invalid setpoint"),
                                      QStringLiteral("Setpoint was set outside Region of Interest.\n\n"),
                                      QMessageBox::Ok);
             return;
         }
-        sendSetpoints(*configuration, x, y);
+        sendSetpoints(*configuration, place.x(), place.y());
     }
     updateGraphXY();
     emit XYchanged();

@@ -4,12 +4,10 @@
 #include "hardware/koralink.h"
 #include "logging/Log.h"
 #include "stream/DeviceFile.h"
+#include "stream/MissingStream.h"
 #include "stream/Spectrum.h"
 #include "stream/TraceTable.h"
 #include "stream/WindowDecoder.h"
-
-#include <QCoreApplication>
-#include <QMessageBox>
 
 #include <algorithm>
 #include <cmath>
@@ -109,15 +107,9 @@ void Updater::fetchWindow(int records)
 {
     const int delivered = getBuffer(buffer, records);
     KORA_LOG_DEBUG << "updateGraphs read" << delivered << "samples";
-    if (delivered == records)
-        return;
-    QMessageBox::critical(nullptr, QStringLiteral("Cannot open file"),
-                          QStringLiteral("System file /dev/kora_dma_displ could not be opened.\n\n"
-                                         "Please check if KORA driver is loaded.\n"
-                                         "Application will now quit.\n"),
-                          QMessageBox::Ok);
-    // Takes effect when control is back in the event loop; what the buffer holds is still decoded.
-    QCoreApplication::quit();
+    // What the buffer holds is decoded all the same.
+    if (delivered != records)
+        reportMissingStreamAndQuit();
 }
 
 void Updater::decodeTraces(int records)

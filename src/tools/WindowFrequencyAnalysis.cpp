@@ -5,6 +5,7 @@
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceFile.h"
 #include "stream/DeviceRecords.h"
+#include "stream/MissingStream.h"
 #include "tools/Demodulation.h"
 #include "tools/FrequencyCsv.h"
 #include "tools/FrequencySweep.h"
@@ -273,9 +274,7 @@ void WindowFrequencyAnalysis::sweepPoints(int length)
     const DeviceFile outputDevice(outputDevicePath, O_RDWR | O_SYNC);
     DeviceFile stream(streamDevicePath, O_RDONLY);
     if (!stream.isOpen()) {
-        refuse("Cannot open file", "System file /dev/kora_dma_displ could not be opened.\n\n"
-                                   "Please check if KORA driver is loaded.\nApplication will now quit.\n");
-        QCoreApplication::quit();
+        reportMissingStreamAndQuit();
         if (!self)
             return;
     }

@@ -7,12 +7,12 @@
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceFile.h"
 #include "stream/DisplayRecord.h"
+#include "stream/MissingStream.h"
 #include "tools/DialogKeys.h"
 #include "tools/Pause.h"
 #include "tools/PidOffset.h"
 #include "ui_WindowStepResponse.h"
 
-#include <QMessageBox>
 #include <QPointer>
 
 #include <algorithm>
@@ -236,12 +236,7 @@ void WindowStepResponse::stepRespProcedure()
     DeviceFile stream(streamDevicePath, O_RDONLY);
     const QPointer<WindowStepResponse> self(this);
     if (!stream.isOpen()) {
-        QMessageBox::critical(nullptr, QStringLiteral("Cannot open file"),
-                              QStringLiteral("System file /dev/kora_dma_displ could not be opened.\n\n"
-                                             "Please check if KORA driver is loaded.\n"
-                                             "Application will now quit.\n"),
-                              QMessageBox::Ok);
-        QCoreApplication::quit();
+        reportMissingStreamAndQuit();
         // The procedure goes on to its end, unless the window went while the box was open.
         if (!self)
             return;
