@@ -25,14 +25,16 @@ namespace {
 /// Colour of an electrode's trace, by its amplifier channel.
 constexpr int channelColours[4][3] = {{255, 255, 135}, {255, 130, 255}, {130, 255, 130}, {130, 210, 250}};
 
-/// Pens of the traces until the first scan; the last one stays.
-struct TracePen
+/// Looks of the traces until the first scan, which knows the electrodes; the last pen stays.
+struct TraceLook
 {
+    const char* name;
     int rgba[4];
     double width;
 };
-constexpr TracePen tracePens[3] = {
-    {{250, 250, 135, 240}, 2.0}, {{255, 120, 255, 240}, 2.0}, {{240, 240, 240, 240}, 3.0}};
+constexpr TraceLook traceLooks[3] = {{"first electrode", {250, 250, 135, 240}, 2.0},
+                                     {"second electrode", {255, 120, 255, 240}, 2.0},
+                                     {"sum", {240, 240, 240, 240}, 3.0}};
 
 /// What one scan drives, as the settings file has it at its start.
 struct Drive
@@ -96,10 +98,11 @@ void WindowRockingCurve::dressPlot()
     plot->yAxis->setRange(-0.00015, 0.00015);
     plot_dress::showLegend(plot);
     plot->setInteractions(QCP::iRangeDrag | QCP::iRangeZoom);
-    for (const TracePen& pen : tracePens) {
-        const auto& c = pen.rgba;
+    for (const TraceLook& look : traceLooks) {
+        const auto& c = look.rgba;
         auto* graph = new TraceGraph(plot->xAxis, plot->yAxis);
-        graph->setPen(QPen(QColor(c[0], c[1], c[2], c[3]), pen.width));
+        graph->setName(QLatin1String(look.name));
+        graph->setPen(QPen(QColor(c[0], c[1], c[2], c[3]), look.width));
     }
 }
 

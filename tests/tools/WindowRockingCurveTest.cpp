@@ -151,6 +151,8 @@ private slots:
         QVERIFY(plot->legend->visible());
         QCOMPARE(plot->legend->textColor(), QColor(Qt::white));
         QCOMPARE(plot->legend->brush().color(), QColor(10, 10, 10));
+        QCOMPARE(namesOf(plot), QStringList({QStringLiteral("first electrode"),
+                                             QStringLiteral("second electrode"), QStringLiteral("sum")}));
         QCOMPARE(plot->graph(0)->pen().color(), QColor(250, 250, 135, 240));
         QCOMPARE(plot->graph(1)->pen().color(), QColor(255, 120, 255, 240));
         QCOMPARE(plot->graph(2)->pen().color(), QColor(240, 240, 240, 240));
