@@ -140,9 +140,12 @@ void WindowROC_ROI::sendRocLimits(int bpm)
     const double ratio = percent / 100.0;
     const int limit = limitsPerBpm * bpm;
 
-    graphXY[bpm]->setLimits(x, y, ratio);
-    // At once, also while the display is paused and no tick redraws.
-    graphXY[bpm]->replot();
+    // A window that was never shown has no graphs yet; its limits are as good as others.
+    if (WidgetGraphXY* const graph = graphXY[bpm]) {
+        graph->setLimits(x, y, ratio);
+        // At once, also while the display is paused and no tick redraws.
+        graph->replot();
+    }
     // The hardware compares raw positions. A scale of 0 gives an infinite limit, which goes out as it is.
     mailbox->setROClimits(limit, 0.0, x * ratio / bpmScaleX[bpm]);
     mailbox->setROClimits(limit + 1, 0.0, ratio * y / bpmScaleY[bpm]);

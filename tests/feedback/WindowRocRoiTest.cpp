@@ -318,6 +318,17 @@ private slots:
         QCOMPARE(callsOf("setROClimits").size(), std::size_t(3));
     }
 
+    void limitsAreSentBeforeTheFirstShowToo()
+    {
+        userLevel = 2;
+        WindowROC_ROI fresh(nullptr);
+        find<QDoubleSpinBox>(find<QWidget>(&fresh, "rocWidget0"), "roiXDoubleSpinBox")->setValue(10.0);
+        clearCalls();
+        operate::press(find<QDialogButtonBox>(&fresh, "buttonBox"), QStringLiteral("Apply"));
+        QCOMPARE(callsOf("setROClimits").at(0), std::string("setROClimits(0, 0, 11)"));
+        QCOMPARE(scratch_settings::value("ROCandROI/RoiX").toDouble(), 10.0);
+    }
+
     void pressBelowLevelTwoClosesWithoutSendingOrSaving()
     {
         for (int level : {0, 1, 3}) {
