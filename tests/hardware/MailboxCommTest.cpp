@@ -1,5 +1,6 @@
 #include "hardware/MailboxComm.h"
 #include "app/Globals.h"
+#include "app/WorkerThread.h"
 #include "double/KoralinkDouble.h"
 #include "hardware/VersionText.h"
 #include "logging/Log.h"
@@ -12,6 +13,7 @@
 #include <QTimer>
 #include <QtTest>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 
@@ -549,11 +551,37 @@ private slots:
         QCOMPARE(order.at(6), QStringLiteral("getSFPinfo(0)"));
 
         // finished() ends the worker's loop, through this thread, and the object.
-        QSignalSpy gone(mailbox, SIGNAL(destroyed(QObject*)));
+        std::atomic<bool> gone{false};
+        connect(mailbox, &QObject::destroyed, [&gone] { gone = true; });
         QMetaObject::invokeMethod(mailbox, "finished");
         QTRY_VERIFY_WITH_TIMEOUT(worker.isFinished(), 10000);
-        QTRY_COMPARE(gone.count(), 1);
+        QTRY_VERIFY(gone.load());
         mailbox = nullptr;
+    }
+
+    void commandsRunWhileTheWorkerPolls()
+    {
+        constexpr int turns = 200;
+        plug({0x2101, 0x2101});
+        answers().stats.bpm[0].posXMean = 1.25;
+        WorkerThread worker;
+        mailbox->moveToThread(&worker);
+        for (int turn = 0; turn < turns; ++turn)
+            QMetaObject::invokeMethod(mailbox, "refreshData", Qt::QueuedConnection);
+        worker.start(QThread::InheritPriority);
+        for (int turn = 0; turn < turns; ++turn) {
+            QCOMPARE(mailbox->setSetpoints(turn, 0, -turn, 0), 0);
+            for (int look = 0; look < 20; ++look) {
+                const double mean = mailbox->stats.bpm[0].posXMean;
+                QVERIFY(mean == 0.0 || mean == 1.25);
+                QVERIFY(mailbox->nrIonBars == 0 || mailbox->nrIonBars == 3);
+            }
+        }
+        QTRY_COMPARE(int(callsOf("getPIDstatus").size()), turns);
+        worker.quit();
+        QVERIFY(worker.wait());
+        QCOMPARE(mailbox->nrIonBars, 3);
+        QCOMPARE(int(callsOf("setSetpoint").size()), 4 * turns);
     }
 
 private:

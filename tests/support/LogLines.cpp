@@ -2,16 +2,19 @@
 
 #include "logging/Log.h"
 
-#include <QMutex>
-#include <QWaitCondition>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
 
 namespace {
 
 constexpr char marker[] = "everything before this line is written";
-constexpr unsigned long longestWaitMs = 30000;
+constexpr std::chrono::seconds longestWait(30);
 
-QMutex mutex;
-QWaitCondition markerWritten;
+// Of the standard library, whose locks the thread sanitizer sees.
+using Lock = std::unique_lock<std::mutex>;
+std::mutex mutex;
+std::condition_variable markerWritten;
 QStringList kept;
 bool markerSeen = false;
 
@@ -20,10 +23,10 @@ class KeepingDestination : public QsLogging::Destination
 public:
     void write(const QsLogging::LogMessage& message) override
     {
-        const QMutexLocker locker(&mutex);
+        const Lock lock(mutex);
         if (message.message.startsWith(QLatin1String(marker))) {
             markerSeen = true;
-            markerWritten.wakeAll();
+            markerWritten.notify_all();
         } else {
             kept.append(QString::number(message.level) + QLatin1Char(' ') + message.message);
         }
@@ -40,7 +43,7 @@ LogLines::LogLines(int level) : levelBefore(QsLogging::Logger::instance().curren
     QsLogging::Logger::instance().addDestination(std::make_unique<KeepingDestination>());
     // What was logged before may still be on its way.
     lines();
-    const QMutexLocker locker(&mutex);
+    const Lock lock(mutex);
     kept.clear();
 }
 
@@ -53,14 +56,12 @@ LogLines::~LogLines()
 QStringList LogLines::lines()
 {
     {
-        const QMutexLocker locker(&mutex);
+        const Lock lock(mutex);
         markerSeen = false;
     }
     KORA_LOG_FATAL << marker;
-    const QMutexLocker locker(&mutex);
-    while (!markerSeen) {
-        if (!markerWritten.wait(&mutex, longestWaitMs))
-            qFatal("the logger wrote nothing for %lu ms", longestWaitMs);
-    }
+    Lock lock(mutex);
+    if (!markerWritten.wait_for(lock, longestWait, [] { return markerSeen; }))
+        qFatal("the logger has written nothing for %d s", int(longestWait.count()));
     return kept;
 }
