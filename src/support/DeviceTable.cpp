@@ -5,15 +5,6 @@
 
 namespace {
 
-/// Positions of the children of a "device"; 0 is the id.
-enum ChildPosition
-{
-    GroupPosition = 1,
-    NamePosition,
-    ImagePosition,
-    DescPosition
-};
-
 /// First element below the parent, in document order, whose whole text equals the wanted one.
 QDomElement elementWithText(const QDomElement& parent, const QString& text)
 {
@@ -28,34 +19,39 @@ QDomElement elementWithText(const QDomElement& parent, const QString& text)
     return QDomElement();
 }
 
-QString lookUp(const QString& code, ChildPosition position)
+QString lookUp(const QString& code, device_table::Child child)
 {
     QFile file(QStringLiteral(":/product_data/devices.xml"));
-    QDomDocument document;
-    if (!file.open(QIODevice::ReadOnly) || !document.setContent(&file))
-        return QString();
-    const QDomElement id = elementWithText(document.firstChild().toElement(), code);
-    return id.parentNode().childNodes().at(position).firstChild().nodeValue();
+    return file.open(QIODevice::ReadOnly) ? device_table::lookUp(file.readAll(), code, child) : QString();
 }
 
 } // namespace
 
+QString device_table::lookUp(const QByteArray& table, const QString& code, Child child)
+{
+    QDomDocument document;
+    if (!document.setContent(table))
+        return QString();
+    const QDomElement id = elementWithText(document.firstChild().toElement(), code);
+    return id.parentNode().childNodes().at(child).firstChild().nodeValue();
+}
+
 QString deviceGroup(const QString& code)
 {
-    return lookUp(code, GroupPosition);
+    return lookUp(code, device_table::Group);
 }
 
 QString deviceName(const QString& code)
 {
-    return lookUp(code, NamePosition);
+    return lookUp(code, device_table::Name);
 }
 
 QString deviceDesc(const QString& code)
 {
-    return lookUp(code, DescPosition);
+    return lookUp(code, device_table::Desc);
 }
 
 QString deviceImage(const QString& code)
 {
-    return QLatin1String(":/product_data/") + lookUp(code, ImagePosition);
+    return QLatin1String(":/product_data/") + lookUp(code, device_table::Image);
 }

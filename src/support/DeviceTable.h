@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 /// The table of products that may sit in an SFP port: the resource ":/product_data/devices.xml", a root
@@ -14,3 +15,19 @@ QString deviceName(const QString& code);
 QString deviceDesc(const QString& code);
 /// Path of the product's picture; the bare folder ":/product_data/" for a code that is not in the table.
 QString deviceImage(const QString& code);
+
+namespace device_table {
+
+/// Positions of the children of a "device"; 0 is the id.
+enum Child
+{
+    Group = 1,
+    Name,
+    Image,
+    Desc
+};
+
+/// The same look-up in the bytes of any table.
+QString lookUp(const QByteArray& table, const QString& code, Child child);
+
+} // namespace device_table

@@ -20,6 +20,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTimer>
 
 #include <unistd.h>
@@ -33,6 +34,8 @@ constexpr int mostOpenWindows = 20;
 constexpr int actionsOfLongSession = 400;
 /// An action that takes longer than this hangs; the process ends by a signal.
 constexpr unsigned hangSeconds = 300;
+/// Pauses of a measurement in which nothing else happens, until the operator ends it.
+constexpr int patience = 60;
 /// The plant is advanced by no more than this within one pause of a measurement.
 constexpr double longestDrivenPause = 0.01;
 
@@ -339,4 +342,19 @@ void RandomOperator::letTimePass()
 void RandomOperator::pausedFor(unsigned long microseconds)
 {
     session->plant().advance(std::min(double(microseconds) * 1e-6, longestDrivenPause));
+    if (done.actions != actionsAtLastPause)
+        pausesWithoutAction = 0;
+    actionsAtLastPause = done.actions;
+    if (++pausesWithoutAction > patience)
+        endMeasurements();
+}
+
+void RandomOperator::endMeasurements()
+{
+    for (QSpinBox* points : session->window().findChildren<QSpinBox*>(QStringLiteral("boxN")))
+        points->setValue(1);
+    for (const char* name : {"stopButton", "StopSweepPushButton"}) {
+        for (QPushButton* stop : session->window().findChildren<QPushButton*>(QLatin1String(name)))
+            stop->click();
+    }
 }

@@ -62,6 +62,7 @@ private:
     void logIn();
     void letTimePass();
     void pausedFor(unsigned long microseconds);
+    void endMeasurements();
     QList<QWidget*> openWindows() const;
 
     Dice dice;
@@ -76,6 +77,8 @@ private:
     int wanted = 0;
     int sessionEndsAt = 0;
     int depth = 0;
+    int actionsAtLastPause = 0;
+    int pausesWithoutAction = 0;
     bool timePasses = false;
     bool planned = false;
 };

@@ -4,6 +4,8 @@
 // KORA_RANDOM_ACTIONS   number of actions
 // KORA_RANDOM_SEED      the seed of a run to be repeated
 // KORA_RANDOM_TRACE     a file that tells every action before it is done
+//
+// Many actions need QTEST_FUNCTION_TIMEOUT, in milliseconds, beyond Qt's five minutes.
 
 #include "app/RandomOperator.h"
 
@@ -14,7 +16,7 @@
 
 namespace {
 
-constexpr int usualActions = 3000;
+constexpr int usualActions = 2000;
 constexpr quint32 usualSeed = 1;
 
 quint32 chosenSeed()
