@@ -5,6 +5,7 @@
 #include "stream/Updater.h"
 #include "support/DialogLogin.h"
 #include "support/Operator.h"
+#include "support/ScratchSettings.h"
 #include "support/World.h"
 
 #include <QAction>
@@ -13,6 +14,7 @@
 #include <QDockWidget>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMetaMethod>
 #include <QStatusBar>
 #include <QToolBar>
 #include <QtTest>
@@ -491,6 +493,141 @@ private slots:
         QCOMPARE(updater->dataDAC[2]->at(77)->value, 77.0);
         auto* plot = find<QCustomPlot>(content("Graph DAC"), "graph");
         QCOMPARE(plot->yAxis->range().upper, 14335.0);
+    }
+
+    void slotsStandInTheirOrder()
+    {
+        const QMetaObject& object = MainWindow::staticMetaObject;
+        QStringList found;
+        for (int i = object.methodOffset(); i < object.methodCount(); ++i) {
+            const QMetaMethod method = object.method(i);
+            if (method.methodType() != QMetaMethod::Slot)
+                continue;
+            QCOMPARE(method.access(), QMetaMethod::Private);
+            found.append(QString::fromLatin1(method.methodSignature()));
+        }
+        QCOMPARE(found.join(QLatin1Char(' ')),
+                 QStringLiteral("nr_ionbars_changed(int) showBeamlineConf() showSFPinfo() dockDestroyed() "
+                                "showPIDparams() showFiltparams() showRockCurve() showROCwindow() "
+                                "showRockCurve3D() showPicoWindow() showSaveDataWindow() showLoginDialog() "
+                                "showAboutDialog() Exit() showStepResponse() showDispSettings() "
+                                "handleUserLevelChange(int) showManualOutputControl() showLogWindow() "
+                                "showFrequencyAnalysisWindow()"));
+    }
+
+    void oneTickScalesEveryGraph_data()
+    {
+        QTest::addColumn<double>("lastKey");
+        for (const char* title : {"Graph Currents BPM1", "Graph Currents BPM2", "Graph DAC", "Graph Position X",
+                                  "Graph Position Y", "Graph Intensity"})
+            QTest::newRow(title) << double(14335.0f / 1000.0f);
+        QTest::newRow("Graph FFT") << 500.0;
+    }
+    void oneTickScalesEveryGraph()
+    {
+        QFETCH(double, lastKey);
+        mailbox->nrIonBars = 3;
+        build();
+        answers().fillBlock = [](DisplayRecord* block, int count) {
+            auto* values = reinterpret_cast<double*>(block);
+            for (int i = 0; i < count * slotsPerRecord; ++i)
+                values[i] = i / slotsPerRecord % 2 ? 8000.0 : -8000.0;
+        };
+        auto* plot = find<QCustomPlot>(content(QTest::currentDataTag()), "graph");
+        QVERIFY(plot->xAxis->range().upper != lastKey);
+        updater->updateGraphs();
+        QCOMPARE(plot->xAxis->range().upper, lastKey);
+        // The line of the spectrum, alone on a logarithmic axis, gets room on both sides.
+        QVERIFY(plot->yAxis->range().contains(8000.0));
+    }
+
+    void oneTickRedrawsBothClouds()
+    {
+        mailbox->nrIonBars = 3;
+        build();
+        window->resize(1800, 980);
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        QTest::qWait(50);
+        QSignalSpy first(find<QCustomPlot>(content("Graph XY"), "graph"), SIGNAL(afterReplot()));
+        QSignalSpy second(find<QCustomPlot>(content("Graph XY 2"), "graph"), SIGNAL(afterReplot()));
+        updater->updateGraphs();
+        QTRY_COMPARE(first.count(), 1);
+        QTRY_COMPARE(second.count(), 1);
+    }
+
+    void changesOfTheFeedbackReachTheMarkersOfBothGraphsAndBack()
+    {
+        build();
+        // Each marker reads the four set-points, and so does the panel.
+        const auto readsAfter = [](QObject* sender, const char* change) {
+            clearCalls();
+            QMetaObject::invokeMethod(sender, change);
+            return int(callsOf("getSetpoint").size());
+        };
+        QWidget* panel = content("Feedback Control");
+        QCOMPARE(readsAfter(panel, "somethingChanged"), 8);
+        QCOMPARE(readsAfter(panel, "BPMselectorChanged"), 8);
+        QCOMPARE(readsAfter(content("Graph XY"), "XYchanged"), 4);
+        QCOMPARE(readsAfter(content("Graph XY 2"), "XYchanged"), 4);
+    }
+
+    void aNewScaleResetsTheZoomOfBothGraphs()
+    {
+        for (const char* key : {"ROCandROI/RoiX", "ROCandROI2/RoiX", "ROCandROI/Roc", "ROCandROI2/Roc"})
+            scratch_settings::setValue(key, 100);
+        build();
+        for (const char* title : {"Graph XY", "Graph XY 2"}) {
+            auto* axis = find<QCustomPlot>(content(title), "graph")->xAxis;
+            axis->setRange(-123, 456);
+            QMetaObject::invokeMethod(windowsOf("WindowBeamlineConf").first(), "BPMscaleChanged");
+            QCOMPARE(axis->range(), QCPRange(-100, 100));
+        }
+    }
+
+    void theMaskReachesEveryWindowThatGoesByIt_data()
+    {
+        QTest::addColumn<int>("mask");
+        QTest::addColumn<bool>("second");
+        QTest::newRow("only BPM1") << 1 << false;
+        QTest::newRow("both") << 3 << true;
+    }
+    void theMaskReachesEveryWindowThatGoesByIt()
+    {
+        QFETCH(int, mask);
+        QFETCH(bool, second);
+        build();
+        announceMask(mask == 1 ? 3 : 1);
+        announceMask(mask);
+        QCOMPARE(!find<QWidget>(content("Feedback Control"), "bpm2Table")->isHidden(), second);
+        QCOMPARE(!find<QWidget>(windowsOf("WindowROC_ROI").first(), "rocWidget1")->isHidden(), second);
+        QCOMPARE(!find<QWidget>(windowsOf("WindowBeamlineConf").first(), "boxBPM2")->isHidden(), second);
+    }
+
+    void theLevelReachesEveryWindowThatGoesByIt_data()
+    {
+        QTest::addColumn<int>("level");
+        QTest::addColumn<bool>("feedback");
+        QTest::addColumn<bool>("settings");
+        QTest::newRow("cruise") << 0 << false << false;
+        QTest::newRow("user") << 1 << true << false;
+        QTest::newRow("admin") << 2 << true << true;
+    }
+    void theLevelReachesEveryWindowThatGoesByIt()
+    {
+        QFETCH(int, level);
+        QFETCH(bool, feedback);
+        QFETCH(bool, settings);
+        build();
+        for (int step : {level == 2 ? 0 : 2, level}) {
+            userLevel = step;
+            QMetaObject::invokeMethod(loginDialog, "userLevelChanged", Q_ARG(int, step));
+        }
+        QCOMPARE(content("Feedback Control")->isEnabled(), feedback);
+        QCOMPARE(find<QWidget>(content("PID Configuration"), "verticalTabWidget")->isEnabled(), settings);
+        QCOMPARE(find<QWidget>(windowsOf("WindowROC_ROI").first(), "roiXDoubleSpinBox")->isEnabled(), settings);
+        QCOMPARE(find<QWidget>(windowsOf("WindowBeamlineConf").first(), "boxBPM1")->isEnabled(), settings);
+        QCOMPARE(action("actionManual_Output_Control")->isEnabled(), feedback);
     }
 
     void exitEndsTheEventLoopWithStatusZero()
