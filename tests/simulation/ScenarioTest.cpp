@@ -3,6 +3,7 @@
 #include "simulation/console/InputError.h"
 #include "simulation/console/Scenario.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -147,6 +148,22 @@ private slots:
         QCOMPARE(run.status, 0);
         QCOMPARE(run.output, QStringLiteral("2 steps in 120 s\n"));
         QCOMPARE(control->state().beamOn, true);
+    }
+
+    void installedScenarioIsFoundByItsName()
+    {
+        const QDir root(scratch.path());
+        QVERIFY(root.mkpath(QStringLiteral("bin")) && root.mkpath(QStringLiteral("share/kora-simulation/scenarios")));
+        const QString console = root.filePath(QStringLiteral("bin/kora-sim"));
+        QVERIFY(QFile::copy(QStringLiteral(KORA_CONSOLE), console));
+        QVERIFY(QFile::copy(scenarioFolder + QStringLiteral("quiet-day"),
+                            root.filePath(QStringLiteral("share/kora-simulation/scenarios/quiet-day"))));
+        QProcess player;
+        player.setWorkingDirectory(scratch.path());
+        player.start(console, {QStringLiteral("play"), QStringLiteral("--check"), QStringLiteral("quiet-day")});
+        QVERIFY(player.waitForFinished());
+        QCOMPARE(player.exitCode(), 0);
+        QVERIFY(player.readAllStandardOutput().endsWith(" steps in 28800 s\n"));
     }
 
     void consoleWaitsForADrivenClock()
