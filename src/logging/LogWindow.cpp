@@ -63,6 +63,7 @@ void Window::OnPauseClicked()
     form->toolButtonPause->setText(paused ? tr("&Pause") : tr("&Resume"));
     paused = !paused;
     if (paused) {
+        form->tableViewMessages->follow(false);
         proxy->pauseRowLimit = proxy->rowCount();
     } else {
         proxy->pauseRowLimit = 0;
@@ -108,6 +109,9 @@ void Window::OnLevelChanged(int value)
 void Window::OnAutoScrollChanged(bool checked)
 {
     autoScroll = checked;
+    // Switched on it waits for the next line.
+    if (!checked)
+        form->tableViewMessages->follow(false);
 }
 
 void Window::ModelRowsInserted(QModelIndex, int, int)

@@ -442,6 +442,27 @@ private slots:
         QCOMPARE(bar()->value(), 10);
     }
 
+    void moreRowsDoNotMoveTheViewWhilePausedOrWithoutAutoScroll_data()
+    {
+        QTest::addColumn<QString>("stopper");
+        QTest::newRow("paused") << QStringLiteral("toolButtonPause");
+        QTest::newRow("without auto scroll") << QStringLiteral("checkBoxAutoScroll");
+    }
+    void moreRowsDoNotMoveTheViewWhilePausedOrWithoutAutoScroll()
+    {
+        QFETCH(QString, stopper);
+        show();
+        addMany(100, DebugLevel);
+        addMany(100);
+        QTRY_VERIFY(bar()->value() > 0 && bar()->value() == bar()->maximum());
+        const int before = bar()->maximum();
+        operate::find<QAbstractButton>(window.get(), qPrintable(stopper))->click();
+        levels()->setCurrentIndex(DebugLevel);
+        QTRY_VERIFY(bar()->maximum() > before);
+        QCoreApplication::processEvents();
+        QCOMPARE(bar()->value(), before);
+    }
+
     void rowsAreAsHighAsAPlainTableMakesThem()
     {
         show();
