@@ -315,22 +315,6 @@ private slots:
         verifyThatTheNextSecondIsGood();
     }
 
-    void eachDeviceFileMayBeAbsent_data()
-    {
-        QTest::addColumn<int>("status");
-        // The frequency sweep, which reads the stream by itself, ends the program without it.
-        QTest::newRow("/dev/kora_dma_displ") << 0;
-        for (const char* path : {"/dev/kora_ionbar0", "/dev/kora_ionbar1", "/dev/kora_anvolt0"})
-            QTest::newRow(path) << tourIsOver;
-    }
-    void eachDeviceFileMayBeAbsent()
-    {
-        setDevicePresent(QTest::currentDataTag(), false);
-        MessageBoxes boxes;
-        QTEST(tour(), "status");
-        verifyThatTheNextSecondIsGood();
-    }
-
     void anyDisplayRateIsSurvived_data()
     {
         QTest::addColumn<int>("rate");

@@ -5,7 +5,6 @@
 #include "stream/Updater.h"
 #include "support/DialogLogin.h"
 #include "support/Operator.h"
-#include "support/ScratchSettings.h"
 #include "support/World.h"
 
 #include <QAction>
@@ -554,80 +553,6 @@ private slots:
         updater->updateGraphs();
         QTRY_COMPARE(first.count(), 1);
         QTRY_COMPARE(second.count(), 1);
-    }
-
-    void changesOfTheFeedbackReachTheMarkersOfBothGraphsAndBack()
-    {
-        build();
-        // Each marker reads the four set-points, and so does the panel.
-        const auto readsAfter = [](QObject* sender, const char* change) {
-            clearCalls();
-            QMetaObject::invokeMethod(sender, change);
-            return int(callsOf("getSetpoint").size());
-        };
-        QWidget* panel = content("Feedback Control");
-        QCOMPARE(readsAfter(panel, "somethingChanged"), 8);
-        QCOMPARE(readsAfter(panel, "BPMselectorChanged"), 8);
-        QCOMPARE(readsAfter(content("Graph XY"), "XYchanged"), 4);
-        QCOMPARE(readsAfter(content("Graph XY 2"), "XYchanged"), 4);
-    }
-
-    void aNewScaleResetsTheZoomOfBothGraphs()
-    {
-        for (const char* key : {"ROCandROI/RoiX", "ROCandROI2/RoiX", "ROCandROI/Roc", "ROCandROI2/Roc"})
-            scratch_settings::setValue(key, 100);
-        build();
-        for (const char* title : {"Graph XY", "Graph XY 2"}) {
-            auto* axis = find<QCustomPlot>(content(title), "graph")->xAxis;
-            axis->setRange(-123, 456);
-            QMetaObject::invokeMethod(windowsOf("WindowBeamlineConf").first(), "BPMscaleChanged");
-            QCOMPARE(axis->range(), QCPRange(-100, 100));
-        }
-    }
-
-    void theMaskReachesEveryWindowThatGoesByIt_data()
-    {
-        QTest::addColumn<int>("mask");
-        QTest::addColumn<bool>("second");
-        QTest::newRow("only BPM1") << 1 << false;
-        QTest::newRow("both") << 3 << true;
-    }
-    void theMaskReachesEveryWindowThatGoesByIt()
-    {
-        QFETCH(int, mask);
-        QFETCH(bool, second);
-        build();
-        announceMask(mask == 1 ? 3 : 1);
-        announceMask(mask);
-        QCOMPARE(!find<QWidget>(content("Feedback Control"), "bpm2Table")->isHidden(), second);
-        QCOMPARE(!find<QWidget>(windowsOf("WindowROC_ROI").first(), "rocWidget1")->isHidden(), second);
-        QCOMPARE(!find<QWidget>(windowsOf("WindowBeamlineConf").first(), "boxBPM2")->isHidden(), second);
-    }
-
-    void theLevelReachesEveryWindowThatGoesByIt_data()
-    {
-        QTest::addColumn<int>("level");
-        QTest::addColumn<bool>("feedback");
-        QTest::addColumn<bool>("settings");
-        QTest::newRow("cruise") << 0 << false << false;
-        QTest::newRow("user") << 1 << true << false;
-        QTest::newRow("admin") << 2 << true << true;
-    }
-    void theLevelReachesEveryWindowThatGoesByIt()
-    {
-        QFETCH(int, level);
-        QFETCH(bool, feedback);
-        QFETCH(bool, settings);
-        build();
-        for (int step : {level == 2 ? 0 : 2, level}) {
-            userLevel = step;
-            QMetaObject::invokeMethod(loginDialog, "userLevelChanged", Q_ARG(int, step));
-        }
-        QCOMPARE(content("Feedback Control")->isEnabled(), feedback);
-        QCOMPARE(find<QWidget>(content("PID Configuration"), "verticalTabWidget")->isEnabled(), settings);
-        QCOMPARE(find<QWidget>(windowsOf("WindowROC_ROI").first(), "roiXDoubleSpinBox")->isEnabled(), settings);
-        QCOMPARE(find<QWidget>(windowsOf("WindowBeamlineConf").first(), "boxBPM1")->isEnabled(), settings);
-        QCOMPARE(action("actionManual_Output_Control")->isEnabled(), feedback);
     }
 
     void exitEndsTheEventLoopWithStatusZero()
