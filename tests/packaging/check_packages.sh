@@ -35,8 +35,10 @@ case $dependencies in *kora-simulation*) fail "the program depends on the simula
 
 desktop-file-validate "$scratch/root/usr/share/applications/kora-local-ui.desktop"
 appstreamcli validate --no-net "$scratch"/root/usr/share/metainfo/*.metainfo.xml
-man --warnings -l "$scratch/root/usr/share/man/man1/kora-local-ui.1" >/dev/null 2>"$scratch/man.log" || true
-[ ! -s "$scratch/man.log" ] || fail "manual page: $(cat "$scratch/man.log")"
+for page in "$scratch"/root/usr/share/man/man1/*.1; do
+  man --warnings -l "$page" >/dev/null 2>"$scratch/man.log" || true
+  [ ! -s "$scratch/man.log" ] || fail "manual page $page: $(cat "$scratch/man.log")"
+done
 for size in 16x16 256x256; do
   [ -f "$scratch/root/usr/share/icons/hicolor/$size/apps/kora-local-ui.png" ] || fail "no icon of $size"
 done
@@ -56,6 +58,8 @@ for _ in $(seq 20); do
   fi
 done
 [ "$moved" = 1 ] || fail "the graphs do not move"
+"$scratch/root/usr/bin/kora-sim" --pid "$programPid" status >"$scratch/status.txt" || fail "the console does not answer"
+[ -s "$scratch/status.txt" ] || fail "the console says nothing"
 kill -TERM "$programPid"
 wait "$programPid" || fail "the program ended with status $?"
 programPid=
