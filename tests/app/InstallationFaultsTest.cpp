@@ -1,4 +1,5 @@
-// The whole set of windows on an installation at fault: an operator goes through all of it, and the program lives on.
+// The whole set of windows on an installation at fault: an operator goes through all of it, and the program
+// lives on.
 
 #include "app/Globals.h"
 #include "app/StartedWindows.h"
@@ -39,7 +40,8 @@ namespace {
 constexpr int tourIsOver = 7;
 
 /// A function of the control library and the distinct warnings that it leaves when it fails.
-struct Function {
+struct Function
+{
     const char* name;
     std::vector<const char*> warnings;
 };
@@ -87,7 +89,8 @@ const std::vector<Function>& functions()
         {"getPIDstatus", {}},
         {"getBPMStats", {}},
         {"getSFPinfo",
-         {"getSFPinfo( 0 ) failed ", "getSFPinfo( 1 ) failed ", "getSFPinfo( 2 ) failed ", "getSFPinfo( 3 ) failed "}},
+         {"getSFPinfo( 0 ) failed ", "getSFPinfo( 1 ) failed ", "getSFPinfo( 2 ) failed ",
+          "getSFPinfo( 3 ) failed "}},
         {"getSystemVersion", {"getSystemVersion() failed "}},
         {"getLock", {}},
     };
@@ -171,7 +174,8 @@ private:
 
     void configureFeedback()
     {
-        for (const char* button : {"buttonUpdate", "updateConfButton", "resetPIDbutton", "buttonFdbk", "buttonFdbk"})
+        for (const char* button :
+             {"buttonUpdate", "updateConfButton", "resetPIDbutton", "buttonFdbk", "buttonFdbk"})
             pressIn("WidgetFeedbackControl", button);
         pressIn("WidgetPidCtrl", "pushButtonUpdate");
         trigger("action_PID_Parameters");
@@ -284,9 +288,8 @@ private slots:
         const QLatin1String name(function.name);
         fail(function.name);
         // These two return data, so that a failure has no mark but the same number.
-        answers().lock = [failing = name == QLatin1String("getLock")](const std::string&, const std::string&) {
-            return failing ? -1 : 2;
-        };
+        answers().lock = [failing = name == QLatin1String("getLock")](
+                             const std::string&, const std::string&) { return failing ? -1 : 2; };
         if (name == QLatin1String("getPIDstatus"))
             answers().pidStatus = PID_Status_Type(-1);
 
@@ -361,7 +364,8 @@ private slots:
     void aSettingsFileAtFaultIsSurvived_data()
     {
         QTest::addColumn<QString>("kind");
-        for (const char* kind : {"missing", "directory", "below a file", "binary garbage", "texts for numbers"})
+        for (const char* kind :
+             {"missing", "directory", "below a file", "binary garbage", "texts for numbers"})
             QTest::newRow(kind) << QString::fromLatin1(kind);
     }
     void aSettingsFileAtFaultIsSurvived()
@@ -379,8 +383,9 @@ private slots:
                 file.putChar(char(i * 7919 + (i >> 3)));
         }
         if (kind == QLatin1String("texts for numbers")) {
-            for (const char* key : {"BPM1/Scale_X", "BPM1/Top", "BPM2/Orient", "ROCandROI/RoiX", "ROCandROI/BeamOffTh",
-                                    "PID_Xlf/Freq", "PID_Yhf/Omax", "Beamline/DAC_posXlf", "PositionFilters/XlfFilter"})
+            for (const char* key :
+                 {"BPM1/Scale_X", "BPM1/Top", "BPM2/Orient", "ROCandROI/RoiX", "ROCandROI/BeamOffTh",
+                  "PID_Xlf/Freq", "PID_Yhf/Omax", "Beamline/DAC_posXlf", "PositionFilters/XlfFilter"})
                 scratch_settings::setValue(key, QStringLiteral("nan of your business"));
         }
         MessageBoxes boxes;
