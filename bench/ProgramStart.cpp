@@ -51,7 +51,7 @@ bool ProgramStart::waitForPicture(int patienceMs)
     waiting.start();
     if (!waitForWindow(patienceMs))
         return false;
-    while (cornerIsBlack()) {
+    while (edgeIsBlack()) {
         if (waiting.elapsed() > patienceMs)
             return false;
         QThread::usleep(500);
@@ -60,12 +60,12 @@ bool ProgramStart::waitForPicture(int patienceMs)
 }
 
 /// The empty display of a virtual server is black, and so is a window without a picture.
-bool ProgramStart::cornerIsBlack()
+bool ProgramStart::edgeIsBlack()
 {
     const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data;
     xcb_get_image_reply_t* image = xcb_get_image_reply(
         connection.get(),
-        xcb_get_image(connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, screen->root, 10, 10, 1, 1, ~0u), nullptr);
+        xcb_get_image(connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, screen->root, 400, 10, 1, 1, ~0u), nullptr);
     if (!image)
         return true;
     const std::uint8_t* pixel = xcb_get_image_data(image);

@@ -31,7 +31,7 @@ private:
     double secondsUntil(bool (ProgramStart::*sign)(int));
     bool waitForWindow(int patienceMs);
     bool waitForPicture(int patienceMs);
-    bool cornerIsBlack();
+    bool edgeIsBlack();
 
     const char* program;
     std::unique_ptr<xcb_connection_t, Disconnect> connection;
