@@ -25,6 +25,7 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSpinBox>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
@@ -35,6 +36,25 @@
 
 using operate::find;
 using operate::press;
+
+/// Takes pictures, style and device table away from the program, as if they could not be read.
+static void dropResources()
+{
+    Q_CLEANUP_RESOURCE(images);
+    Q_CLEANUP_RESOURCE(product_data);
+    Q_CLEANUP_RESOURCE(QsLogWindow);
+    Q_CLEANUP_RESOURCE(qss);
+    Q_CLEANUP_RESOURCE(resources);
+}
+
+static void bringResourcesBack()
+{
+    Q_INIT_RESOURCE(images);
+    Q_INIT_RESOURCE(product_data);
+    Q_INIT_RESOURCE(QsLogWindow);
+    Q_INIT_RESOURCE(qss);
+    Q_INIT_RESOURCE(resources);
+}
 
 namespace {
 
@@ -273,6 +293,29 @@ private slots:
         QCOMPARE(run(SLOT(saveAllSettings())), workIsDone);
         QVERIFY(QDir().rmdir(settingsPath()));
         QVERIFY(QFile::rename(folder.filePath(QStringLiteral("kept.ini")), settingsPath()));
+        verifyThatTheNextSecondIsGood();
+    }
+
+    void resourcesThatCannotBeReadAreDoneWithout()
+    {
+        session.reset();
+        dropResources();
+        QVERIFY(!QFile::exists(QStringLiteral(":/product_data/devices.xml")));
+        session = std::make_unique<SimulatedSession>();
+        MessageBoxes boxes;
+        const int status = run(SLOT(workWithAllDevices()));
+        const auto* ports = find<QTableWidget>(session->widgetOf("WindowSFPstatus"), "SFPsTable");
+        const QString name = ports->item(1, 0) ? ports->item(1, 0)->text() : QStringLiteral("no item");
+        session.reset();
+        bringResourcesBack();
+        QCOMPARE(status, workIsDone);
+        QCOMPARE(name, QString());
+
+        session = std::make_unique<SimulatedSession>();
+        session->trigger("actionSFP_info");
+        session->tick();
+        ports = find<QTableWidget>(session->widgetOf("WindowSFPstatus"), "SFPsTable");
+        QCOMPARE(ports->item(1, 0)->text(), QStringLiteral("Ionbar"));
         verifyThatTheNextSecondIsGood();
     }
 
