@@ -26,8 +26,8 @@ constexpr double Ts = 0.0001;
 
 struct Coefficients
 {
-    arma::rowvec b = {1, 2, 3, 4, 5};
-    arma::rowvec a = {1, 2, 3, 4, 5};
+    arma::rowvec b = arma::linspace<arma::rowvec>(1, 5, 5);
+    arma::rowvec a = arma::linspace<arma::rowvec>(1, 5, 5);
 };
 
 Coefficients lowpass(double fcut)
