@@ -1,5 +1,7 @@
 // The built program as a process of its own, on a control library that records every call.
 
+#include "support/PrivateSettings.h"
+
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -32,12 +34,7 @@ private:
         environment.insert(QStringLiteral("KORA_RECORDER_FILE"), recordPath());
         environment.insert(QStringLiteral("KORA_RECORDER_ACTION"), QString::fromLatin1(action));
         program.setProcessEnvironment(environment);
-        program.start(QStringLiteral("bwrap"),
-                      QStringList({QStringLiteral("--dev-bind"), QStringLiteral("/"), QStringLiteral("/"),
-                                   QStringLiteral("--tmpfs"), QStringLiteral("/opt"), QStringLiteral("--bind"),
-                                   folder.path(), QStringLiteral("/opt/Zenthic/KORALINK"),
-                                   QStringLiteral(KORA_PROGRAM)}) +
-                          arguments);
+        private_settings::start(program, folder.path(), {}, QStringLiteral(KORA_PROGRAM), arguments);
         QVERIFY(program.waitForStarted(startMs));
     }
 
@@ -61,11 +58,7 @@ private:
 private slots:
     void init()
     {
-        const QString bwrap = QStandardPaths::findExecutable(QStringLiteral("bwrap"));
-        QProcess probe;
-        probe.start(bwrap, {QStringLiteral("--dev-bind"), QStringLiteral("/"), QStringLiteral("/"),
-                            QStringLiteral("true")});
-        if (bwrap.isEmpty() || !probe.waitForFinished(startMs) || probe.exitCode() != 0)
+        if (!private_settings::isPossible())
             QSKIP("user namespaces are refused here: no settings folder of its own for the program");
     }
 
