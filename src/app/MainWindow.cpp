@@ -1,5 +1,6 @@
 #include "app/MainWindow.h"
 
+#include "app/DockTabFocus.h"
 #include "app/Globals.h"
 #include "feedback/WidgetFeedbackControl.h"
 #include "feedback/WidgetPidCtrl.h"
@@ -97,6 +98,17 @@ void placeBehindTabs(QMainWindow* mainWindow, QDockWidget* first, QDockWidget* d
     mainWindow->tabifyDockWidget(first, dock);
 }
 
+/// What takes the focus by the Tab key in a panel, in the panel's own order.
+QVector<QWidget*> fieldsInTabOrder(const QWidget* panel)
+{
+    QVector<QWidget*> fields;
+    for (QWidget* widget = panel->nextInFocusChain(); widget != panel; widget = widget->nextInFocusChain()) {
+        if (panel->isAncestorOf(widget) && (widget->focusPolicy() & Qt::TabFocus) && !widget->focusProxy())
+            fields.append(widget);
+    }
+    return fields;
+}
+
 } // namespace
 
 MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(std::make_unique<Ui::MainWindow>())
@@ -119,6 +131,7 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(std::make_uniq
     connectFftGraph();
     connectTimeGraphs();
     arrangeDocks();
+    orderTabKey();
     initialiseFeedbackControl();
 
     // Devices that were found before the connections existed.
@@ -246,6 +259,20 @@ void MainWindow::arrangeDocks()
     resizeDocks({ui->dockXY1, ui->dockFFT}, {320, 380}, Qt::Vertical);
     resizeDocks({ui->dockXY1, ui->dockXY2, ui->dockFBctrl}, {425, 425, 430}, Qt::Horizontal);
     resizeDocks({ui->dockFFT, ui->dockPID}, {970, 310}, Qt::Horizontal);
+}
+
+void MainWindow::orderTabKey()
+{
+    // The panels as they stand on the board, not as they were made. The PID panel is left behind, at the end, where it
+    // belongs.
+    QVector<QWidget*> fields;
+    for (QWidget* panel : std::initializer_list<QWidget*>{graphXY1, graphXY2, feedbackControl, graphFFT, graphCurrents1,
+                                                          graphCurrents2, graphDAC, graphPosX, graphPosY, graphInt})
+        fields += fieldsInTabOrder(panel);
+    for (int i = 1; i < fields.size(); ++i)
+        setTabOrder(fields[i - 1], fields[i]);
+    for (QDockWidget* dock : findChildren<QDockWidget*>())
+        new DockTabFocus(dock);
 }
 
 void MainWindow::initialiseFeedbackControl()

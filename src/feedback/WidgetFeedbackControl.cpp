@@ -70,6 +70,9 @@ WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent)
     }
     new FocusedWheel(ui->posXDoubleSpinBox);
     new FocusedWheel(ui->posYDoubleSpinBox);
+    // The page titles have no mnemonics: let the Tab key come to them.
+    for (QAbstractButton* title : ui->toolBox->findChildren<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly))
+        title->setFocusPolicy(Qt::TabFocus);
 
     ui->buttonFdbk->setCheckable(true);
     ui->buttonFdbk->setIconSize(QSize(24, 24));
