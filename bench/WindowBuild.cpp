@@ -126,6 +126,7 @@ int main(int argc, char** argv)
     }
     benchmark::AddCustomContext("program_start_ms", std::to_string(startSeconds * 1e3));
 
+    QApplication::setAttribute(Qt::AA_ForceRasterWidgets);
     QApplication application(argc, argv);
     QFile style(QStringLiteral(":/qss/style.qss"));
     if (style.open(QIODevice::ReadOnly))

@@ -80,6 +80,9 @@ int main(int argc, char** argv)
     WorkerThread workerThread;
     startMailbox(workerThread);
 
+    // The surface of the 3D rocking curve is a native window of its own. Without this every window would be made ready
+    // for OpenGL, and the first one would load the graphics driver.
+    QApplication::setAttribute(Qt::AA_ForceRasterWidgets);
     QApplication application(argc, argv);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/images/kora-local-ui.png")));
     const TerminationSignals terminationSignals;

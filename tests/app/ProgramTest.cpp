@@ -45,6 +45,21 @@ private:
                                               : QStringList();
     }
 
+    /// The program behind its launcher; 0 without one.
+    qint64 processOfTheProgram() const
+    {
+        QFile children(QStringLiteral("/proc/%1/task/%1/children").arg(program.processId()));
+        if (!children.open(QIODevice::ReadOnly))
+            return 0;
+        const qint64 pid = children.readAll().simplified().split(' ').value(0).toLongLong();
+        // The namespace has a first process of its own between the launcher and the program.
+        QFile grandchildren(QStringLiteral("/proc/%1/task/%1/children").arg(pid));
+        const qint64 below = grandchildren.open(QIODevice::ReadOnly)
+                                 ? grandchildren.readAll().simplified().split(' ').value(0).toLongLong()
+                                 : 0;
+        return below > 0 ? below : pid;
+    }
+
     void verifyCleanEnd()
     {
         QVERIFY(program.waitForFinished(startMs));
@@ -84,16 +99,23 @@ private slots:
     {
         start("none");
         QTRY_VERIFY_WITH_TIMEOUT(record().contains(QStringLiteral("getBuffer(14336)")), startMs);
-        QFile children(QStringLiteral("/proc/%1/task/%1/children").arg(program.processId()));
-        QVERIFY(children.open(QIODevice::ReadOnly));
-        qint64 pid = children.readAll().simplified().split(' ').value(0).toLongLong();
-        // The namespace has a first process of its own between the launcher and the program.
-        QFile grandchildren(QStringLiteral("/proc/%1/task/%1/children").arg(pid));
-        if (grandchildren.open(QIODevice::ReadOnly)) {
-            const qint64 below = grandchildren.readAll().simplified().split(' ').value(0).toLongLong();
-            pid = below > 0 ? below : pid;
-        }
+        const qint64 pid = processOfTheProgram();
         QVERIFY(pid > 0);
+        QCOMPARE(::kill(pid_t(pid), SIGTERM), 0);
+        verifyCleanEnd();
+    }
+
+    void startLoadsNoGraphicsDriver()
+    {
+        start("none");
+        QTRY_VERIFY_WITH_TIMEOUT(record().contains(QStringLiteral("getBuffer(14336)")), startMs);
+        const qint64 pid = processOfTheProgram();
+        QFile mapped(QStringLiteral("/proc/%1/maps").arg(pid));
+        QVERIFY(mapped.open(QIODevice::ReadOnly));
+        const QByteArray libraries = mapped.readAll();
+        QVERIFY(libraries.contains("libqxcb.so"));
+        QVERIFY(!libraries.contains("xcbglintegrations"));
+        QVERIFY(!libraries.contains("_dri.so"));
         QCOMPARE(::kill(pid_t(pid), SIGTERM), 0);
         verifyCleanEnd();
     }

@@ -17,6 +17,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
@@ -92,6 +93,10 @@ private:
         press(button("saveButton"));
         QCOMPARE(dialogs.dialogs().size(), 1);
     }
+
+public:
+    /// As the program does: its windows are raster windows, and OpenGL draws the surface alone.
+    static void initMain() { QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets); }
 
 private slots:
     void init()
@@ -477,6 +482,31 @@ private slots:
         press(button("saveButton"));
         QVERIFY(!window);
         QVERIFY(!QFile::exists(savedPath()));
+    }
+
+    void surfaceIsSeenInTheShownWindow()
+    {
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        auto* graph = find<Graph3D>(window.get(), "graph3D");
+        const auto seen = [graph] { return graph->screen()->grabWindow(graph->winId()).toImage(); };
+        const auto holds = [&seen](const QColor& colour) {
+            const QImage image = seen();
+            for (int y = 0; y < image.height(); ++y) {
+                for (int x = 0; x < image.width(); ++x) {
+                    if (image.pixelColor(x, y) == colour)
+                        return true;
+                }
+            }
+            return false;
+        };
+        QTRY_COMPARE(seen().pixelColor(2, 2), QColor(Qt::white));
+        QVERIFY(!holds(Qt::red));
+        const float plateau[4] = {1, 1, 1, 1};
+        graph->setData(plateau, 2, 2);
+        graph->update();
+        QTRY_VERIFY(holds(Qt::red));
+        QCOMPARE(seen().pixelColor(2, 2), QColor(Qt::white));
     }
 
     void normalisedValuesReachFromZeroToOne()
