@@ -4,9 +4,9 @@
 
 class QCustomPlot;
 
-/// Redraws a plot when it is seen. Requests of one turn of the event loop end in one redraw, and a plot that nobody
-/// sees (a dock behind another tab, a hidden dock, a minimised window) is drawn when it comes into sight: the system
-/// then asks the widget to paint itself. A child of the plot.
+/// Redraws a plot when it is seen. Requests of one turn of the event loop, changes of size among them, end in one
+/// redraw, and a plot that nobody sees (a dock behind another tab, a hidden dock, a minimised window) is drawn when it
+/// comes into sight: the system then asks the widget to paint itself. A child of the plot.
 class PlotRedraw : public QObject
 {
     Q_OBJECT
@@ -20,9 +20,12 @@ public:
     bool eventFilter(QObject* object, QEvent* event) override;
 
 private slots:
+    void layOut();
     void redrawn();
 
 private:
+    void redrawBeforePainting();
+
     QCustomPlot* plot;
-    bool outdated = false;
+    bool outdated = true;
 };

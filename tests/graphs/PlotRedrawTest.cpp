@@ -10,6 +10,7 @@
 #include <QDockWidget>
 #include <QMainWindow>
 #include <QSignalSpy>
+#include <QStatusBar>
 #include <QtTest>
 #include <qcustomplot.h>
 
@@ -22,13 +23,16 @@ QCustomPlot* plotOf(const QWidget* widget)
     return operate::find<QCustomPlot>(widget, "graph");
 }
 
-/// Lets everything happen that is due now, painting too.
-void settle()
+/// Tells when the window that holds it has been painted: a window paints all that is due in one pass.
+class PaintingMarker : public QWidget
 {
-    for (int turn = 0; turn < 5; ++turn)
-        QCoreApplication::processEvents();
-    QTest::qWait(50);
-}
+public:
+    using QWidget::QWidget;
+    int paintings = 0;
+
+protected:
+    void paintEvent(QPaintEvent*) override { ++paintings; }
+};
 
 } // namespace
 
@@ -39,6 +43,7 @@ class PlotRedrawTest : public QObject
 private:
     std::unique_ptr<World> world;
     std::unique_ptr<QMainWindow> board;
+    PaintingMarker* marker = nullptr;
     WidgetGraphCurrents* currents = nullptr;
     WidgetGraphCurrents* outputs = nullptr;
     QDockWidget* docks[2] = {};
@@ -48,6 +53,17 @@ private:
         for (int channel = 0; channel < 4; ++channel)
             updater->setGraphData(kind, channel, graph->dataMap(channel));
         QObject::connect(updater, SIGNAL(replotGraphs()), graph, SLOT(replot()));
+    }
+
+    /// Lets everything happen that is due now, painting too. The second pass takes what the first has asked for.
+    void settle()
+    {
+        for (int pass = 0; pass < 2; ++pass) {
+            marker->paintings = 0;
+            marker->update();
+            QTRY_VERIFY(marker->paintings > 0);
+            QCoreApplication::processEvents();
+        }
     }
 
     static void streamOf(double value)
@@ -64,6 +80,10 @@ private slots:
         koralink_double::reset();
         world = std::make_unique<World>();
         board = std::make_unique<QMainWindow>();
+        board->setAnimated(false);
+        marker = new PaintingMarker(board.get());
+        marker->setMinimumSize(10, 10);
+        board->statusBar()->addWidget(marker);
         currents = new WidgetGraphCurrents(board.get(), 4);
         outputs = new WidgetGraphCurrents(board.get(), 4);
         WidgetGraphCurrents* const graphs[2] = {currents, outputs};
@@ -108,6 +128,39 @@ private slots:
         QTRY_COMPARE(seen.count(), 1);
         settle();
         QCOMPARE(seen.count(), 1);
+    }
+
+    void changesOfSizeAreDrawnWhenTheyArePainted()
+    {
+        QSignalSpy drawn(plotOf(currents), SIGNAL(afterReplot()));
+        board->resize(900, 600);
+        board->resize(1000, 560);
+        QCOMPARE(drawn.count(), 0);
+        settle();
+        QVERIFY(drawn.count() >= 1);
+        const QImage shown = plotOf(currents)->grab().toImage();
+        plotOf(currents)->replot();
+        QCOMPARE(shown, plotOf(currents)->grab().toImage());
+    }
+
+    void placesOfAResizedPlotHoldBeforeItIsDrawn()
+    {
+        QCustomPlot* const plot = plotOf(currents);
+        board->resize(1000, 700);
+        QVERIFY(plot->width() > 900);
+        QCOMPARE(plot->axisRect()->outerRect(), plot->rect());
+        QCOMPARE(plot->xAxis->coordToPixel(plot->xAxis->range().upper), double(plot->axisRect()->right() + 1));
+        QVERIFY(plot->axisRect()->right() > 900);
+    }
+
+    void aNewPlotThatNobodySeesIsLaidOutButNotDrawn()
+    {
+        WidgetGraphCurrents unseen(nullptr, 4);
+        QSignalSpy drawn(plotOf(&unseen), SIGNAL(afterReplot()));
+        QCOMPARE(plotOf(&unseen)->axisRect()->width(), 0);
+        settle();
+        QVERIFY(plotOf(&unseen)->axisRect()->width() > 0);
+        QCOMPARE(drawn.count(), 0);
     }
 
     void axesBehindATabFollowAtOnce()
