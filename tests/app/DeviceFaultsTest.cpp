@@ -250,11 +250,15 @@ private slots:
     void aStreamThatIsShortOfOneRecordEndsTheProgramWithAWord()
     {
         session->plant().truncateBlocks(1);
+        const QByteArray settingsBefore = settingsBytes();
         MessageBoxes boxes;
+        LogLines log(QsLogging::InfoLevel);
         QCOMPARE(run(SLOT(tickOnce())), 0);
         QCOMPARE(boxes.count(), 1);
         QCOMPARE(boxes.boxes().first().title, QStringLiteral("Cannot open file"));
         QCOMPARE(boxes.boxes().first().text, cannotOpen);
+        QCOMPARE(warnings(log), QStringList());
+        QCOMPARE(settingsBytes(), settingsBefore);
         session->plant().truncateBlocks(0);
         QCOMPARE(run(SLOT(tickOnce())), workIsDone);
         verifyThatTheNextSecondIsGood();
@@ -264,8 +268,13 @@ private slots:
     {
         session->tick(20);
         session->plant().truncateBlocks(largestBlockRecords);
+        const QByteArray settingsBefore = settingsBytes();
         MessageBoxes boxes;
-        run(SLOT(workWithAllDevices()));
+        LogLines log(QsLogging::InfoLevel);
+        // The display's second ends the program with a message; the tools go on until then.
+        QCOMPARE(run(SLOT(workWithAllDevices())), 0);
+        QCOMPARE(warnings(log), QStringList());
+        QCOMPARE(settingsBytes(), settingsBefore);
         session->plant().truncateBlocks(0);
         verifyThatTheNextSecondIsGood();
     }
@@ -275,10 +284,12 @@ private slots:
         const QByteArray settingsBefore = settingsBytes();
         QVERIFY(!settingsBefore.isEmpty());
         MessageBoxes boxes;
+        LogLines log(QsLogging::InfoLevel);
         {
             const FullDisk disk;
             QCOMPARE(run(SLOT(saveAllSettings())), workIsDone);
         }
+        QCOMPARE(warnings(log), QStringList());
         QCOMPARE(settingsBytes(), settingsBefore);
         QCOMPARE(run(SLOT(saveAllSettings())), workIsDone);
         QVERIFY(settingsBytes() != settingsBefore);
@@ -290,9 +301,13 @@ private slots:
         QVERIFY(QFile::rename(settingsPath(), folder.filePath(QStringLiteral("kept.ini"))));
         QVERIFY(QDir().mkpath(settingsPath()));
         MessageBoxes boxes;
+        LogLines log(QsLogging::InfoLevel);
         QCOMPARE(run(SLOT(saveAllSettings())), workIsDone);
         QVERIFY(QDir().rmdir(settingsPath()));
         QVERIFY(QFile::rename(folder.filePath(QStringLiteral("kept.ini")), settingsPath()));
+        // Limits that cannot be read are zero, and the installation refuses a range without room.
+        QCOMPARE(warnings(log), QStringList({QStringLiteral("3 setROClimits() failed "),
+                                             QStringLiteral("3 setROClimits() failed ")}));
         verifyThatTheNextSecondIsGood();
     }
 
@@ -302,14 +317,20 @@ private slots:
         dropResources();
         QVERIFY(!QFile::exists(QStringLiteral(":/product_data/devices.xml")));
         session = std::make_unique<SimulatedSession>();
+        const QByteArray settingsBefore = settingsBytes();
         MessageBoxes boxes;
+        LogLines log(QsLogging::InfoLevel);
         const int status = run(SLOT(workWithAllDevices()));
+        const QStringList warned = warnings(log);
+        const QByteArray settingsAfter = settingsBytes();
         const auto* ports = find<QTableWidget>(session->widgetOf("WindowSFPstatus"), "SFPsTable");
         const QString name = ports->item(1, 0) ? ports->item(1, 0)->text() : QStringLiteral("no item");
         session.reset();
         bringResourcesBack();
         QCOMPARE(status, workIsDone);
         QCOMPARE(name, QString());
+        QCOMPARE(warned, QStringList());
+        QCOMPARE(settingsAfter, settingsBefore);
 
         session = std::make_unique<SimulatedSession>();
         session->trigger("actionSFP_info");

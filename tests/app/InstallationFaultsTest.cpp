@@ -97,6 +97,18 @@ const std::vector<Function>& functions()
     return table;
 }
 
+/// Every key of the settings file with its text, one a line.
+using Settings = QStringList;
+
+Settings allSettings()
+{
+    const QSettings file(settingsPath(), QSettings::IniFormat);
+    Settings all;
+    for (const QString& key : file.allKeys())
+        all.append(key + QLatin1Char('=') + file.value(key).toString());
+    return all;
+}
+
 QStringList sorted(QStringList texts)
 {
     texts.removeDuplicates();
@@ -129,6 +141,7 @@ private:
     std::unique_ptr<World> world;
     std::unique_ptr<MainWindow> window;
     QTimer endOfTour;
+    Settings settingsAfterGoodTour;
 
     QWidget* widgetOf(const char* className)
     {
@@ -228,6 +241,11 @@ private:
         return status;
     }
 
+    static void useTrainingSettings()
+    {
+        QVERIFY(QFile::copy(QStringLiteral(KORA_TRAINING_SETTINGS), settingsPath()));
+    }
+
     QStringList warnings(LogLines& log)
     {
         return sorted(log.lines().filter(QRegularExpression(QStringLiteral("^[3-5] "))));
@@ -248,7 +266,17 @@ private:
     }
 
 private slots:
-    void initTestCase() { connect(&endOfTour, SIGNAL(timeout()), this, SLOT(end())); }
+    void initTestCase()
+    {
+        connect(&endOfTour, SIGNAL(timeout()), this, SLOT(end()));
+        init();
+        useTrainingSettings();
+        const Settings settingsBefore = allSettings();
+        QCOMPARE(tour(), tourIsOver);
+        settingsAfterGoodTour = allSettings();
+        QVERIFY(settingsAfterGoodTour != settingsBefore);
+        cleanup();
+    }
     void init()
     {
         koralink_double::reset();
@@ -292,6 +320,8 @@ private slots:
                              const std::string&, const std::string&) { return failing ? -1 : 2; };
         if (name == QLatin1String("getPIDstatus"))
             answers().pidStatus = PID_Status_Type(-1);
+        useTrainingSettings();
+        const Settings settingsBefore = allSettings();
 
         MessageBoxes boxes;
         LogLines log(QsLogging::InfoLevel);
@@ -302,6 +332,8 @@ private slots:
         for (const char* warning : function.warnings)
             expected.append(QStringLiteral("3 ") + QLatin1String(warning));
         QCOMPARE(warnings(log), sorted(expected));
+        // Settings are written whatever the hardware answers; without an answer to the password nobody may write any.
+        QCOMPARE(allSettings(), name == QLatin1String("getLock") ? settingsBefore : settingsAfterGoodTour);
 
         fail(function.name, 0);
         verifyThatTheNextSecondIsGood();
@@ -313,8 +345,10 @@ private slots:
             if (QLatin1String(function.name) != QLatin1String("getBuffer"))
                 fail(function.name);
         }
+        useTrainingSettings();
         MessageBoxes boxes;
         QCOMPARE(tour(), tourIsOver);
+        QCOMPARE(allSettings(), settingsAfterGoodTour);
         verifyThatTheNextSecondIsGood();
     }
 

@@ -5,16 +5,22 @@
 //   exit    triggers the menu entry Exit
 //   close   closes the main window
 //   short   has delivered one record too few, and closes the message box
+//   save    logs in, changes a setting, presses every button that saves settings, and goes on as report
 //   report  writes at the second window what the program shows: "title ", "maximised ", "style " and one "log " for
 //           each line of the log window; then as exit
 //   none    leaves the program alone
 
 #include "double/DoubleInternals.h"
+#include "support/Operator.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDialogButtonBox>
+#include <QDoubleSpinBox>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTableView>
 #include <QTimer>
 #include <QWidget>
@@ -55,9 +61,58 @@ void report(std::ostream& record)
     }
 }
 
+QWidget* shownMainWindow()
+{
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->inherits("MainWindow"))
+            return widget;
+    }
+    qFatal("no main window");
+}
+
+void trigger(const char* action)
+{
+    operate::find<QAction>(shownMainWindow(), action)->trigger();
+}
+
+/// A window or panel by its class; the dialogs are children of the main window.
+QWidget* widgetOf(const char* className)
+{
+    for (QWidget* widget : shownMainWindow()->findChildren<QWidget*>()) {
+        if (widget->inherits(className))
+            return widget;
+    }
+    qFatal("no %s", className);
+}
+
+void pressInBox(const char* className, const char* text)
+{
+    operate::press(operate::find<QDialogButtonBox>(widgetOf(className), "buttonBox"), QLatin1String(text));
+}
+
+void saveAllSettings()
+{
+    trigger("action_Login");
+    for (const char* field : {"usernameLineEdit", "passwordLineEdit"})
+        operate::find<QLineEdit>(widgetOf("DialogLogin"), field)->setText(QStringLiteral("admin"));
+    operate::press(operate::find<QPushButton>(widgetOf("DialogLogin"), "logIn"));
+
+    trigger("action_Beamline_Settings");
+    pressInBox("WindowBeamlineConf", "Save");
+    trigger("actionPosition_Filter_Settings");
+    operate::find<QDoubleSpinBox>(widgetOf("WindowFiltparams"), "doubleSpinBoxXlfLow")->setValue(20);
+    pressInBox("WindowFiltparams", "OK");
+    trigger("action_ROC_ROI");
+    pressInBox("WindowROC_ROI", "OK");
+    operate::press(operate::find<QPushButton>(widgetOf("WidgetPidCtrl"), "pushButtonUpdate"));
+    operate::press(operate::find<QPushButton>(widgetOf("WidgetFeedbackControl"), "updateConfButton"));
+}
+
 void drive(const std::string& action, std::ostream& record)
 {
-    const bool reports = action == "report";
+    const bool reports = action == "report" || action == "save";
+    if (action == "save")
+        saveAllSettings();
     if (reports)
         report(record);
     for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -81,7 +136,7 @@ struct Recorder {
         koralink_double::Double& self = koralink_double::Double::instance();
         if (action == "short")
             self.answers.deliveredRecords = 14335;
-        if (action == "report")
+        if (action == "report" || action == "save")
             windowsToWait = 2;
         self.onCall = [this](const koralink_double::Call& call) { take(call); };
     }
