@@ -42,6 +42,11 @@ done
 for size in 16x16 256x256; do
   [ -f "$scratch/root/usr/share/icons/hicolor/$size/apps/kora-local-ui.png" ] || fail "no icon of $size"
 done
+guide="$scratch/root/usr/share/doc/kora-local-ui"
+[ -f "$guide/operator-guide.md" ] || fail "no operator's guide"
+for picture in $(grep -o '(images/[^)]*)' "$guide/operator-guide.md" | tr -d '()'); do
+  [ -f "$guide/$picture" ] || fail "no $picture beside the guide"
+done
 
 LD_LIBRARY_PATH="$scratch/root/usr/lib/kora-simulation" "$scratch/root/usr/bin/kora-local-ui" &
 programPid=$!
