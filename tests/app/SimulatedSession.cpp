@@ -45,6 +45,8 @@ void SimulatedSession::tick(double seconds)
     updater->updateGraphs();
     operate::fireTimers(mainWindow.get());
     QCoreApplication::processEvents();
+    // What an event loop releases when it comes round; here there is none.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 void SimulatedSession::logIn(const QString& user, const QString& password)
