@@ -6,7 +6,7 @@ buildPackages=(
   libqcustomplot-dev libfftw3-dev libarmadillo-dev libgl-dev
   xvfb xauth libgl1-mesa-dri fonts-dejavu-core
 )
-runPackages=(imagemagick openbox x11-utils)
+runPackages=(imagemagick openbox x11-utils bubblewrap)
 testPackages=(binutils bubblewrap dpkg-dev desktop-file-utils appstream man-db groff-base imagemagick)
 benchPackages=(libbenchmark-dev libqwt-qt5-dev libspdlog-dev libxcb1-dev)
 

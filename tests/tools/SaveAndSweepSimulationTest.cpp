@@ -3,6 +3,7 @@
 #include "simulation/Control.h"
 #include "simulation/PowerOn.h"
 #include "stream/DisplayRecord.h"
+#include "support/ActuatorForms.h"
 #include "support/DrivenPause.h"
 #include "support/MessageBoxes.h"
 #include "support/Operator.h"
@@ -28,25 +29,6 @@
 
 using operate::find;
 using namespace kora::simulation;
-
-namespace {
-
-/// Closed form of an actuator: second order with dead time, behind an output that is held for a step of 20
-/// us.
-std::complex<double> transferFunction(const ActuatorModel& actuator, double hertz)
-{
-    const std::complex<double> s(0, 2 * M_PI * hertz);
-    const double w0 = 2 * M_PI * actuator.resonance;
-    return actuator.gain * std::exp(-s * (actuator.deadTime + 10e-6)) /
-           (1.0 + 2 * actuator.damping * s / w0 + s * s / (w0 * w0));
-}
-
-double differenceDeg(double a, double b)
-{
-    return std::fabs(std::remainder(a - b, 360.0));
-}
-
-} // namespace
 
 class SaveAndSweepSimulationTest : public QObject
 {
@@ -78,16 +60,16 @@ private:
         QCOMPARE(magnitudes->size(), 20);
         double greatest = 0;
         for (const QCPGraphData& point : *magnitudes)
-            greatest = std::max(greatest, std::abs(transferFunction(actuator, point.key)));
+            greatest = std::max(greatest, std::abs(actuator_forms::transferFunction(actuator, point.key)));
         int compared = 0;
         for (int i = 0; i < 20; ++i) {
             const double hertz = magnitudes->at(i)->key;
-            const std::complex<double> expected = transferFunction(actuator, hertz);
+            const std::complex<double> expected = actuator_forms::transferFunction(actuator, hertz);
             if (std::abs(expected) < greatest / 10)
                 continue;
             ++compared;
             const double ratio = magnitudes->at(i)->value / std::abs(expected);
-            const double angle = differenceDeg(phases->at(i)->value, std::arg(expected) * 180 / M_PI);
+            const double angle = actuator_forms::degreesApart(phases->at(i)->value, std::arg(expected) * 180 / M_PI);
             QVERIFY2(std::fabs(ratio - 1) < 0.03 && angle < 3,
                      qPrintable(
                          QStringLiteral("%1 Hz: ratio %2, %3 degrees off").arg(hertz).arg(ratio).arg(angle)));
