@@ -14,18 +14,11 @@
 using namespace koralink_double;
 using operate::find;
 
-class FrequencyEndsTest : public QObject, private FrequencyTool
+class FrequencyEndsTest : public FrequencyTool
 {
     Q_OBJECT
 
 private slots:
-    void init() { open(); }
-    void cleanup()
-    {
-        close();
-        QCOMPARE(openDescriptors(), 0);
-    }
-
     void missingStreamIsToldAndTheSlotCarriesOn()
     {
         setDevicePresent(streamDevicePath, false);

@@ -14,18 +14,11 @@
 using namespace koralink_double;
 using operate::find;
 
-class FrequencyFieldsTest : public QObject, private FrequencyTool
+class FrequencyFieldsTest : public FrequencyTool
 {
     Q_OBJECT
 
 private slots:
-    void init() { open(); }
-    void cleanup()
-    {
-        close();
-        QCOMPARE(openDescriptors(), 0);
-    }
-
     void opensWithTheStatedTextsAndDefaults()
     {
         QCOMPARE(window->windowTitle(), QStringLiteral("Frequency Analysis Tool"));

@@ -1,6 +1,7 @@
 #include "FrequencyTool.h"
 
 #include "support/DrivenPause.h"
+#include "support/FileContent.h"
 #include "support/FileDialogs.h"
 #include "support/FullDisk.h"
 #include "support/MessageBoxes.h"
@@ -17,29 +18,11 @@
 using namespace koralink_double;
 using operate::find;
 
-namespace {
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    file.open(QIODevice::ReadOnly);
-    return file.readAll();
-}
-
-} // namespace
-
-class FrequencyPlotsTest : public QObject, private FrequencyTool
+class FrequencyPlotsTest : public FrequencyTool
 {
     Q_OBJECT
 
 private slots:
-    void init() { open(); }
-    void cleanup()
-    {
-        close();
-        QCOMPARE(openDescriptors(), 0);
-    }
-
     void everySweepAddsACheckedPlotInTheNextColour()
     {
         const QColor colors[6] = {QColor(255, 0, 0),   QColor(0, 255, 0),   QColor(0, 0, 255),

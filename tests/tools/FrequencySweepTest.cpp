@@ -16,18 +16,11 @@ using namespace koralink_double;
 using operate::find;
 using operate::lines;
 
-class FrequencySweepTest : public QObject, private FrequencyTool
+class FrequencySweepTest : public FrequencyTool
 {
     Q_OBJECT
 
 private slots:
-    void init() { open(); }
-    void cleanup()
-    {
-        close();
-        QCOMPARE(openDescriptors(), 0);
-    }
-
     void sweepCallsTheHardwareInOrder()
     {
         answers().outSel[0] = 2;

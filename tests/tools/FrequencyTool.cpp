@@ -3,6 +3,7 @@
 #include "support/DrivenPause.h"
 
 #include <QProgressBar>
+#include <QtTest>
 
 #include <cmath>
 
@@ -31,7 +32,7 @@ void KnownResponse::operator()(DisplayRecord* block, int count) const
     }
 }
 
-void FrequencyTool::open()
+void FrequencyTool::init()
 {
     koralink_double::reset();
     world = std::make_unique<World>();
@@ -40,11 +41,12 @@ void FrequencyTool::open()
     clearCalls();
 }
 
-void FrequencyTool::close()
+void FrequencyTool::cleanup()
 {
     window.reset();
     folder.reset();
     world.reset();
+    QCOMPARE(openDescriptors(), 0);
 }
 
 int FrequencyTool::progress() const

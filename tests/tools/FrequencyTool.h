@@ -31,13 +31,12 @@ struct KnownResponse
     void operator()(DisplayRecord* block, int count) const;
 };
 
-/// The tool on the double, and what an operator does to it.
-class FrequencyTool
+/// The tool on the double, anew for every test, and what an operator does to it.
+class FrequencyTool : public QObject
 {
-protected:
-    void open();
-    void close();
+    Q_OBJECT
 
+protected:
     QLineEdit* line(const char* name) const { return operate::find<QLineEdit>(window.get(), name); }
     QComboBox* combo(const char* name) const { return operate::find<QComboBox>(window.get(), name); }
     QPushButton* button(const char* name) const { return operate::find<QPushButton>(window.get(), name); }
@@ -60,4 +59,8 @@ protected:
     std::unique_ptr<World> world;
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<WindowFrequencyAnalysis> window;
+
+private slots:
+    void init();
+    void cleanup();
 };

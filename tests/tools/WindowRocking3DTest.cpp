@@ -1,120 +1,21 @@
-#include "tools/WindowRocking3D.h"
-#include "double/KoralinkDouble.h"
-#include "support/DrivenPause.h"
-#include "support/FileDialogs.h"
-#include "support/MessageBoxes.h"
-#include "support/Operator.h"
-#include "support/World.h"
-#include "tools/Graph3D.h"
-#include "tools/SurfacePlot.h"
-#include "tools/SurfaceWalk.h"
+#include "Rocking3DTool.h"
 
 #include <QDialogButtonBox>
-#include <QDir>
-#include <QDoubleSpinBox>
-#include <QFile>
-#include <QHostInfo>
 #include <QLabel>
-#include <QPushButton>
-#include <QRegularExpression>
 #include <QScreen>
-#include <QTemporaryDir>
-#include <QTimer>
-#include <QtTest>
 
-#include <cmath>
 #include <fcntl.h>
-#include <memory>
 
 using namespace koralink_double;
 using operate::find;
 using operate::press;
 
-namespace {
-
-constexpr std::size_t pausesPerPoint = 12;
-
-CurrentRecord evenly(double sum)
-{
-    return {{sum / 4, sum / 4, sum / 4, sum / 4}};
-}
-
-} // namespace
-
-/// Most walks run with the window hidden, so that no surface is painted.
-class WindowRocking3DTest : public QObject
+/// The form, the walk and the surface that is shown meanwhile.
+class WindowRocking3DTest : public Rocking3DTool
 {
     Q_OBJECT
 
-private:
-    std::unique_ptr<World> world;
-    std::unique_ptr<WindowRocking3D> window;
-    QTemporaryDir folder;
-
-    QDoubleSpinBox* box(const char* name) { return find<QDoubleSpinBox>(window.get(), name); }
-    QPushButton* button(const char* name) { return find<QPushButton>(window.get(), name); }
-    void setRange(double xMin, double xMax, double yMin, double yMax)
-    {
-        box("xMinBox")->setValue(xMin);
-        box("xMaxBox")->setValue(xMax);
-        box("yMinBox")->setValue(yMin);
-        box("yMaxBox")->setValue(yMax);
-    }
-    /// Lets the slot run when the walk serves events after so many points.
-    void afterPoints(std::size_t points, QObject* receiver, const char* slot)
-    {
-        driven_pause::setAction([=](unsigned long) {
-            if (driven_pause::pauses().size() == points * pausesPerPoint)
-                QTimer::singleShot(0, receiver, slot);
-        });
-    }
-    static std::size_t pointsWalked() { return driven_pause::pauses().size() / pausesPerPoint; }
-    static QStringList outputsWritten()
-    {
-        return operate::lines(callsOf("ioctl")).filter(QStringLiteral("anvolt"));
-    }
-    const std::vector<Quad>& shownCells()
-    {
-        auto* surface = find<Graph3D>(window.get(), "graph3D")->findChild<SurfacePlot*>();
-        if (!surface)
-            qFatal("no surface");
-        return surface->quads();
-    }
-    QString savedPath() const { return folder.filePath(QStringLiteral("rock.csv")); }
-    QByteArray saved() const
-    {
-        QFile file(savedPath());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
-    }
-    QList<QByteArray> savedRows() const { return saved().split('\n').mid(6, surface_walk::points); }
-    void save()
-    {
-        FileDialogs dialogs(savedPath());
-        press(button("saveButton"));
-        QCOMPARE(dialogs.dialogs().size(), 1);
-    }
-
-public:
-    /// As the program does: its windows are raster windows, and OpenGL draws the surface alone.
-    static void initMain() { QCoreApplication::setAttribute(Qt::AA_ForceRasterWidgets); }
-
 private slots:
-    void init()
-    {
-        koralink_double::reset();
-        world = std::make_unique<World>();
-        window = std::make_unique<WindowRocking3D>();
-        QFile::remove(savedPath());
-        clearCalls();
-    }
-    void cleanup()
-    {
-        driven_pause::clear();
-        window.reset();
-        world.reset();
-        QCOMPARE(openDescriptors(), 0);
-    }
-
     void formHasTheStatedFieldsAndDefaults()
     {
         QCOMPARE(window->windowTitle(), QStringLiteral("3D Rocking Curve"));
@@ -204,120 +105,6 @@ private slots:
         press(button("goButton"));
         QCOMPARE(outputsWritten().at(0), QStringLiteral("ioctl(/dev/kora_anvolt0, 63, 10, 0, 0, 1)"));
         QCOMPARE(outputsWritten().at(64), QStringLiteral("ioctl(/dev/kora_anvolt0, 62, 10, 0, 0, 1)"));
-    }
-
-    void savedFileHasExactHeaderAndRows()
-    {
-        setRange(4, 6, -1, 1);
-        answers().currents = [](int, const OutputRecord& outputs) {
-            return evenly(1e-7 * outputs.volts[0] + 1e-9 * outputs.volts[1]);
-        };
-        press(button("goButton"));
-        const QDateTime before = QDateTime::currentDateTime();
-        save();
-        const QList<QByteArray> lines = saved().split('\n');
-        QCOMPARE(lines.size(), 6 + 4096 + 1);
-        QCOMPARE(lines.at(0), QByteArray("Zenthic KORA\r"));
-        QCOMPARE(lines.at(1), QByteArray("Kinetic Orbit Rectification Array\r"));
-        QCOMPARE(lines.at(2), QByteArray("\r"));
-        // The two letters DD stand where a day would.
-        const QRegularExpression date(QStringLiteral("^Time and Date: \\d\\d:\\d\\d:\\d\\d DD\\.%1\r$")
-                                          .arg(before.toString(QStringLiteral("MM\\.yyyy"))));
-        QVERIFY2(date.match(QString::fromLatin1(lines.at(3))).hasMatch(), lines.at(3).constData());
-        QCOMPARE(lines.at(4), "Host Name: " + QHostInfo::localHostName().toLatin1() + "\r");
-        QCOMPARE(lines.at(5), QByteArray("ch0,ch1,I0\r"));
-        QCOMPARE(lines.last(), QByteArray());
-        QCOMPARE(lines.at(6), QByteArray("4,-1,3.99e-07\r"));
-        QCOMPARE(lines.at(7), QByteArray("4,-0.968254,3.99032e-07\r"));
-        QCOMPARE(lines.at(6 + 64), QByteArray("4.03175,-1,4.02175e-07\r"));
-        QCOMPARE(lines.at(6 + 4095), QByteArray("6,1,6.01e-07\r"));
-        int carriageReturns = 0;
-        for (const QByteArray& line : lines)
-            carriageReturns += line.count('\r');
-        QCOMPARE(carriageReturns, 6 + 4096);
-    }
-
-    void dialogProposesANameWithTheTime()
-    {
-        FileDialogs dialogs{QString()};
-        press(button("saveButton"));
-        QCOMPARE(dialogs.dialogs().size(), 1);
-        const FileDialogs::Dialog asked = dialogs.dialogs().first();
-        QCOMPARE(asked.caption, QStringLiteral("DialogTitle"));
-        QCOMPARE(asked.nameFilters, QStringList(QStringLiteral("CSV files (*.csv)")));
-        const QRegularExpression name(
-            QStringLiteral("^KORA_rock3D_\\d{4}-\\d\\d-\\d\\d_\\d\\d-\\d\\d-\\d\\d\\.csv$"));
-        QVERIFY2(name.match(asked.proposedName).hasMatch(), qPrintable(asked.proposedName));
-    }
-
-    void cancelledSaveWritesNothing()
-    {
-        // The proposed name is relative to the working directory.
-        const QString before = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(folder.path()));
-        const FileDialogs dialogs{QString()};
-        const MessageBoxes boxes;
-        press(button("saveButton"));
-        const QStringList written = QDir(folder.path()).entryList(QDir::Files);
-        QVERIFY(QDir::setCurrent(before));
-        QCOMPARE(written, QStringList());
-        QCOMPARE(dialogs.dialogs().size(), 1);
-        QCOMPARE(boxes.count(), 0);
-    }
-
-    void folderAsPathIsRefusedWithoutAWord()
-    {
-        const QString older = folder.filePath(QStringLiteral("folder.csv"));
-        QVERIFY(QDir().mkdir(older));
-        const FileDialogs dialogs(older);
-        const MessageBoxes boxes;
-        press(button("saveButton"));
-        QCOMPARE(dialogs.dialogs().size(), 1);
-        QCOMPARE(boxes.count(), 0);
-        QVERIFY(QDir().rmdir(older));
-    }
-
-    void saveOverwritesAnOlderFile()
-    {
-        QFile old(savedPath());
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write(QByteArray(1 << 20, 'x'));
-        old.close();
-        save();
-        QVERIFY(saved().startsWith("Zenthic KORA\r\n"));
-        QCOMPARE(saved().count('x'), 0);
-    }
-
-    void saveBeforeAnyWalkHasOnlyZeros()
-    {
-        save();
-        QCOMPARE(savedRows().first(), QByteArray("0,0,0\r"));
-        QCOMPARE(savedRows().last(), QByteArray("0,0,0\r"));
-    }
-
-    void fullDiskIsNoCrash()
-    {
-        FileDialogs dialogs(QStringLiteral("/dev/full"));
-        press(button("saveButton"));
-        QCOMPARE(dialogs.dialogs().size(), 1);
-    }
-
-    void saveDuringTheWalkWritesThePointsSoFar()
-    {
-        answers().currents = [](int, const OutputRecord&) { return evenly(0.25); };
-        FileDialogs dialogs(savedPath());
-        driven_pause::setAction([this](unsigned long) {
-            if (driven_pause::pauses().size() == 3 * pausesPerPoint)
-                QTimer::singleShot(0, button("saveButton"), SLOT(click()));
-            if (driven_pause::pauses().size() == 5 * pausesPerPoint)
-                QTimer::singleShot(0, window.get(), SLOT(stopMeasurement()));
-        });
-        press(button("goButton"));
-        QCOMPARE(pointsWalked(), std::size_t(5));
-        const QList<QByteArray> rows = savedRows();
-        QVERIFY(rows.at(2).endsWith(",0.25\r"));
-        QVERIFY(rows.at(3).endsWith(",0\r"));
-        QVERIFY(rows.at(4095).endsWith(",0\r"));
     }
 
     void firstPointLeavesTheSurfaceFlatButForItsCell()
@@ -475,15 +262,6 @@ private slots:
         QCOMPARE(openDescriptors(), 0);
     }
 
-    void windowDestroyedBeneathItsFileDialogIsSurvived()
-    {
-        const FileDialogs dialogs(savedPath());
-        QTimer::singleShot(0, this, [this] { window.reset(); });
-        press(button("saveButton"));
-        QVERIFY(!window);
-        QVERIFY(!QFile::exists(savedPath()));
-    }
-
     void surfaceIsSeenInTheShownWindow()
     {
         window->show();
@@ -507,39 +285,6 @@ private slots:
         graph->update();
         QTRY_VERIFY(holds(Qt::red));
         QCOMPARE(seen().pixelColor(2, 2), QColor(Qt::white));
-    }
-
-    void normalisedValuesReachFromZeroToOne()
-    {
-        std::vector<float> raw(surface_walk::points, 0.0f);
-        std::vector<float> normalised(surface_walk::points, -1.0f);
-        raw[17] = 4e-6f;
-        raw[4095] = 1e-6f;
-        surface_walk::normalise(raw.data(), normalised.data());
-        QCOMPARE(normalised[0], 0.0f);
-        QCOMPARE(normalised[17], 1.0f);
-        QCOMPARE(normalised[4095], 0.25f);
-    }
-
-    void negativeCurrentsAreNormalisedToo()
-    {
-        std::vector<float> raw(surface_walk::points, -3.0f);
-        std::vector<float> normalised(surface_walk::points);
-        raw[64] = -5.0f;
-        raw[65] = -4.0f;
-        surface_walk::normalise(raw.data(), normalised.data());
-        QCOMPARE(normalised[0], 1.0f);
-        QCOMPARE(normalised[64], 0.0f);
-        QCOMPARE(normalised[65], 0.5f);
-    }
-
-    void equalCurrentsAreNoNumbersAfterNormalisation()
-    {
-        const std::vector<float> raw(surface_walk::points, 2.0f);
-        std::vector<float> normalised(surface_walk::points);
-        surface_walk::normalise(raw.data(), normalised.data());
-        QVERIFY(std::isnan(normalised[0]));
-        QVERIFY(std::isnan(normalised[4095]));
     }
 };
 
