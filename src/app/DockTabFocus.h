@@ -6,9 +6,9 @@
 class QDockWidget;
 class QWidget;
 
-/// Takes the fields of a dock out of the order of the Tab key while the dock lies behind another one's tab. The main
-/// window keeps such a dock shown, beyond its own edges, so that the focus would otherwise wander through fields that
-/// nobody sees. GUI thread only; a child of the dock.
+/// Takes the fields of a dock out of the order of the Tab key while the dock lies behind another one's tab.
+/// The main window keeps such a dock shown, beyond its own edges, so that the focus would otherwise wander
+/// through fields that nobody sees. GUI thread only; a child of the dock.
 class DockTabFocus : public QObject
 {
     Q_OBJECT

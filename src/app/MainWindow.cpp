@@ -263,11 +263,12 @@ void MainWindow::arrangeDocks()
 
 void MainWindow::orderTabKey()
 {
-    // The panels as they stand on the board, not as they were made. The PID panel is left behind, at the end, where it
-    // belongs.
+    // The panels as they stand on the board, not as they were made. The PID panel is left behind, at the end,
+    // where it belongs.
+    QWidget* const panels[] = {graphXY1,       graphXY2, feedbackControl, graphFFT,  graphCurrents1,
+                               graphCurrents2, graphDAC, graphPosX,       graphPosY, graphInt};
     QVector<QWidget*> fields;
-    for (QWidget* panel : std::initializer_list<QWidget*>{graphXY1, graphXY2, feedbackControl, graphFFT, graphCurrents1,
-                                                          graphCurrents2, graphDAC, graphPosX, graphPosY, graphInt})
+    for (QWidget* panel : panels)
         fields += fieldsInTabOrder(panel);
     for (int i = 1; i < fields.size(); ++i)
         setTabOrder(fields[i - 1], fields[i]);

@@ -1,28 +1,33 @@
 #include "app/EveryWindow.h"
 
-#include "app/Globals.h"
 #include "app/SimulatedSession.h"
-#include "support/DialogLogin.h"
-#include "tools/WindowRocking3D.h"
-#include "tools/WindowRockingCurve.h"
-#include "tools/WindowStepResponse.h"
 
+#include <QApplication>
 #include <QDialog>
 #include <QMetaObject>
 
 namespace {
 
-const char* const panels[] = {"WidgetGraphXY",       "WidgetFeedbackControl", "WidgetGraphFFT", "WidgetPidCtrl",
-                              "WidgetGraphCurrents", "WidgetGraphPos",        "WidgetGraphInt"};
+const char* const panels[] = {"WidgetGraphXY", "WidgetFeedbackControl", "WidgetGraphFFT",
+                              "WidgetPidCtrl", "WidgetGraphCurrents",   "WidgetGraphPos",
+                              "WidgetGraphInt"};
 
 /// The tools that no level opens are opened by their slots.
 const char* const closedTools[] = {"showRockCurve", "showRockCurve3D", "showStepResponse"};
 
-const char* const openers[] = {
-    "action_Display_Settings", "actionPico_Amp",  "action_Beamline_Settings",   "action_PID_Parameters",
-    "actionPosition_Filter_Settings",             "action_ROC_ROI",             "actionSFP_info",
-    "action_Login",            "action_Save_Data", "actionFrequency_Analysis",  "actionManual_Output_Control",
-    "action_Log",              "action_About"};
+const char* const openers[] = {"action_Display_Settings",
+                               "actionPico_Amp",
+                               "action_Beamline_Settings",
+                               "action_PID_Parameters",
+                               "actionPosition_Filter_Settings",
+                               "action_ROC_ROI",
+                               "actionSFP_info",
+                               "action_Login",
+                               "action_Save_Data",
+                               "actionFrequency_Analysis",
+                               "actionManual_Output_Control",
+                               "action_Log",
+                               "action_About"};
 
 bool isOfClass(const QWidget* widget, const char* className)
 {

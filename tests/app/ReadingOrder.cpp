@@ -18,7 +18,8 @@
 namespace {
 
 /// A widget, or a layout within another.
-struct Part {
+struct Part
+{
     QRect place; ///< in the coordinates of the parent widget
     QWidget* widget;
     QLayout* layout;
@@ -49,7 +50,8 @@ bool isField(const QWidget* widget)
 
 bool isPartOfField(const QWidget* widget, const QWidget* window)
 {
-    for (const QWidget* parent = widget->parentWidget(); parent && widget != window; parent = parent->parentWidget()) {
+    for (const QWidget* parent = widget->parentWidget(); parent && widget != window;
+         parent = parent->parentWidget()) {
         if (isField(parent))
             return true;
         if (parent == window)
@@ -61,15 +63,23 @@ bool isPartOfField(const QWidget* widget, const QWidget* window)
 /// The grids whose columns belong together: the devices of the save window, and limits and checks of a BPM.
 bool isOfColumns(const QLayout* layout)
 {
-    return layout->objectName() == QLatin1String("channelLayout") || layout->objectName() == QLatin1String("limitLayout");
+    return layout->objectName() == QLatin1String("channelLayout") ||
+           layout->objectName() == QLatin1String("limitLayout");
 }
 
-enum class Direction { Down, Right, Rows, Columns };
+enum class Direction
+{
+    Down,
+    Right,
+    Rows,
+    Columns
+};
 
 Direction directionOf(const QLayout* layout)
 {
     if (const auto* box = qobject_cast<const QBoxLayout*>(layout)) {
-        const bool down = box->direction() == QBoxLayout::TopToBottom || box->direction() == QBoxLayout::BottomToTop;
+        const bool down =
+            box->direction() == QBoxLayout::TopToBottom || box->direction() == QBoxLayout::BottomToTop;
         return down ? Direction::Down : Direction::Right;
     }
     return isOfColumns(layout) ? Direction::Columns : Direction::Rows;
@@ -164,7 +174,8 @@ QVector<QWidget*> reading_order::byTabKey(QWidget* window)
     QVector<QWidget*> order;
     QWidget* widget = window;
     do {
-        if (takesTab(widget) && (widget == window || window->isAncestorOf(widget)) && !isPartOfField(widget, window))
+        if (takesTab(widget) && (widget == window || window->isAncestorOf(widget)) &&
+            !isPartOfField(widget, window))
             order.append(widget);
         widget = widget->nextInFocusChain();
     } while (widget != window);
