@@ -6,7 +6,8 @@
 
 PlotRedraw::PlotRedraw(QCustomPlot* plot) : QObject(plot), plot(plot)
 {
-    // A new plot has queued a drawing of its own, which it needs for its layout alone as long as nobody sees it.
+    // A new plot has queued a drawing of its own, which it needs for its layout alone as long as nobody sees
+    // it.
     QCoreApplication::removePostedEvents(plot, QEvent::MetaCall);
     QMetaObject::invokeMethod(this, "layOut", Qt::QueuedConnection);
     plot->installEventFilter(this);

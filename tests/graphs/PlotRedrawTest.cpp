@@ -5,6 +5,7 @@
 #include "graphs/WidgetGraphXY.h"
 #include "stream/Updater.h"
 #include "support/Operator.h"
+#include "support/PaintingMarker.h"
 #include "support/World.h"
 
 #include <QDockWidget>
@@ -22,17 +23,6 @@ QCustomPlot* plotOf(const QWidget* widget)
 {
     return operate::find<QCustomPlot>(widget, "graph");
 }
-
-/// Tells when the window that holds it has been painted: a window paints all that is due in one pass.
-class PaintingMarker : public QWidget
-{
-public:
-    using QWidget::QWidget;
-    int paintings = 0;
-
-protected:
-    void paintEvent(QPaintEvent*) override { ++paintings; }
-};
 
 } // namespace
 
@@ -55,16 +45,7 @@ private:
         QObject::connect(updater, SIGNAL(replotGraphs()), graph, SLOT(replot()));
     }
 
-    /// Lets everything happen that is due now, painting too. The second pass takes what the first has asked for.
-    void settle()
-    {
-        for (int pass = 0; pass < 2; ++pass) {
-            marker->paintings = 0;
-            marker->update();
-            QTRY_VERIFY(marker->paintings > 0);
-            QCoreApplication::processEvents();
-        }
-    }
+    void settle() { QVERIFY(marker->settle()); }
 
     static void streamOf(double value)
     {
@@ -82,7 +63,6 @@ private slots:
         board = std::make_unique<QMainWindow>();
         board->setAnimated(false);
         marker = new PaintingMarker(board.get());
-        marker->setMinimumSize(10, 10);
         board->statusBar()->addWidget(marker);
         currents = new WidgetGraphCurrents(board.get(), 4);
         outputs = new WidgetGraphCurrents(board.get(), 4);
@@ -149,7 +129,8 @@ private slots:
         board->resize(1000, 700);
         QVERIFY(plot->width() > 900);
         QCOMPARE(plot->axisRect()->outerRect(), plot->rect());
-        QCOMPARE(plot->xAxis->coordToPixel(plot->xAxis->range().upper), double(plot->axisRect()->right() + 1));
+        QCOMPARE(plot->xAxis->coordToPixel(plot->xAxis->range().upper),
+                 double(plot->axisRect()->right() + 1));
         QVERIFY(plot->axisRect()->right() > 900);
     }
 

@@ -1,53 +1,25 @@
-#include "logging/LogWindow.h"
+#include "LogWindowDesk.h"
+
 #include "logging/DestinationMaker.h"
 #include "logging/Log.h"
 #include "support/FileDialogs.h"
-#include "support/Operator.h"
 
-#include <QClipboard>
 #include <QHeaderView>
 #include <QTextCodec>
-#include <QtTest>
-#include <QtWidgets>
 
 using namespace QsLogging;
 
 namespace {
 
-const QDateTime someTime(QDate(2026, 7, 1), QTime(10, 20, 30, 45), Qt::UTC);
-
 const int allLevels[] = {TraceLevel, DebugLevel, InfoLevel, WarnLevel, ErrorLevel, FatalLevel};
-
-LogMessage line(int level, const QString& text)
-{
-    return LogMessage(text, someTime, level);
-}
 
 } // namespace
 
-class LogWindowTest : public QObject
+class LogWindowTest : public LogWindowDesk
 {
     Q_OBJECT
 
 private:
-    std::unique_ptr<Window> window;
-
-    QTableView* table() { return operate::find<QTableView>(window.get(), "tableViewMessages"); }
-    QComboBox* levels() { return operate::find<QComboBox>(window.get(), "comboBoxLevel"); }
-    QToolButton* button(const char* name) { return operate::find<QToolButton>(window.get(), name); }
-    QCheckBox* autoScroll() { return operate::find<QCheckBox>(window.get(), "checkBoxAutoScroll"); }
-
-    void add(const LogMessage& message)
-    {
-        QVERIFY(QMetaObject::invokeMethod(window.get(), "addLogMessage", Qt::DirectConnection,
-                                          Q_ARG(QsLogging::LogMessage, message)));
-    }
-    void add(int level, const char* text) { add(line(level, QString::fromLatin1(text))); }
-    void addMany(int count, int level = InfoLevel)
-    {
-        for (int number = 0; number < count; ++number)
-            add(line(level, QString::number(number)));
-    }
     void addOneOfEachLevel()
     {
         for (const int level : allLevels)
@@ -62,26 +34,8 @@ private:
         return texts;
     }
     static QString clipboard() { return QApplication::clipboard()->text(); }
-    void show()
-    {
-        window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-    }
-    QScrollBar* bar() { return table()->verticalScrollBar(); }
 
 private slots:
-    void initTestCase()
-    {
-        qputenv("TZ", "Europe/Ljubljana");
-        tzset();
-    }
-    void init()
-    {
-        window = std::make_unique<Window>();
-        QApplication::clipboard()->setText(QStringLiteral("untouched"));
-    }
-    void cleanup() { window.reset(); }
-
     void formIsAsDescribed()
     {
         QCOMPARE(window->windowTitle(), QStringLiteral("Log window"));
@@ -379,88 +333,6 @@ private slots:
         button("toolButtonSave")->click();
         QCOMPARE(answered.dialogs().size(), 2);
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 0);
-    }
-
-    void newLineIsScrolledToWhileAutoScrollIsOn()
-    {
-        show();
-        addMany(200);
-        QTRY_VERIFY(bar()->maximum() > 100);
-        QTRY_COMPARE(bar()->value(), bar()->maximum());
-        addMany(1);
-        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 200);
-        bar()->setValue(0);
-        addMany(1);
-        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 201);
-    }
-
-    void windowThatChangesItsSizeStaysWhereItWasScrolledTo()
-    {
-        show();
-        addMany(200);
-        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 199);
-        bar()->setValue(10);
-        const int before = bar()->maximum();
-        window->resize(window->width(), window->height() - 100);
-        QTRY_VERIFY(bar()->maximum() > before);
-        QCOMPARE(bar()->value(), 10);
-    }
-
-    void viewStaysWhereItIsWithoutAutoScroll()
-    {
-        show();
-        addMany(200);
-        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 199);
-        autoScroll()->click();
-        bar()->setValue(10);
-        addMany(50);
-        QTRY_VERIFY(bar()->maximum() > 220);
-        QCOMPARE(bar()->value(), 10);
-    }
-
-    void viewStaysAtTheLineBeforeWithoutAutoScrollAtTheEnd()
-    {
-        show();
-        addMany(200);
-        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 199);
-        const int before = bar()->value();
-        autoScroll()->click();
-        addMany(50);
-        QTRY_VERIFY(bar()->maximum() >= before + 50);
-        QCOMPARE(bar()->value(), before);
-    }
-
-    void viewStaysWhereItIsWhilePaused()
-    {
-        show();
-        addMany(200);
-        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 199);
-        bar()->setValue(10);
-        button("toolButtonPause")->click();
-        addMany(50);
-        QCoreApplication::processEvents();
-        QCOMPARE(bar()->value(), 10);
-    }
-
-    void moreRowsDoNotMoveTheViewWhilePausedOrWithoutAutoScroll_data()
-    {
-        QTest::addColumn<QString>("stopper");
-        QTest::newRow("paused") << QStringLiteral("toolButtonPause");
-        QTest::newRow("without auto scroll") << QStringLiteral("checkBoxAutoScroll");
-    }
-    void moreRowsDoNotMoveTheViewWhilePausedOrWithoutAutoScroll()
-    {
-        QFETCH(QString, stopper);
-        show();
-        addMany(100, DebugLevel);
-        addMany(100);
-        QTRY_VERIFY(bar()->value() > 0 && bar()->value() == bar()->maximum());
-        const int before = bar()->maximum();
-        operate::find<QAbstractButton>(window.get(), qPrintable(stopper))->click();
-        levels()->setCurrentIndex(DebugLevel);
-        QTRY_VERIFY(bar()->maximum() > before);
-        QCoreApplication::processEvents();
-        QCOMPARE(bar()->value(), before);
     }
 
     void rowsAreAsHighAsAPlainTableMakesThem()

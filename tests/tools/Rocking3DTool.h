@@ -27,7 +27,8 @@ inline CurrentRecord evenly(double sum)
     return {{sum / 4, sum / 4, sum / 4, sum / 4}};
 }
 
-/// The tool on the double, anew for every test. Most walks run with the window hidden, so that no surface is painted.
+/// The tool on the double, anew for every test. Most walks run with the window hidden, so that no surface is
+/// painted.
 class Rocking3DTool : public QObject
 {
     Q_OBJECT

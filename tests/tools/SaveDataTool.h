@@ -52,7 +52,10 @@ protected:
     std::unique_ptr<WindowSaveData> window;
 
     QString path(const char* name = "data.csv") const { return folder->filePath(QLatin1String(name)); }
-    void usePath(const QString& text) { operate::find<QLineEdit>(window.get(), "pathLineEdit")->setText(text); }
+    void usePath(const QString& text)
+    {
+        operate::find<QLineEdit>(window.get(), "pathLineEdit")->setText(text);
+    }
     void useSamples(int count) { operate::find<QSpinBox>(window.get(), "nrSampBox")->setValue(count); }
     void tick(const QStringList& names)
     {
