@@ -3,6 +3,8 @@
 #include "app/EveryWindow.h"
 #include "app/ReadingOrder.h"
 #include "app/SimulatedSession.h"
+#include "logging/Level.h"
+#include "logging/LogMessage.h"
 #include "support/Operator.h"
 
 #include <QAbstractButton>
@@ -236,6 +238,13 @@ private slots:
     void theTabKeyComesToEveryEnabledFieldAndBack()
     {
         QVector<OperatorWindow> windows = everyWindow(*session);
+        // A table with lines has cells to wander through.
+        for (const char* text : {"first", "second"}) {
+            const QsLogging::LogMessage line(QString::fromLatin1(text), QDateTime::currentDateTimeUtc(),
+                                             QsLogging::WarnLevel);
+            QVERIFY(QMetaObject::invokeMethod(session->window().logWindow(), "addLogMessage",
+                                              Q_ARG(QsLogging::LogMessage, line)));
+        }
         windows.append({QStringLiteral("MainWindow"), &session->window()});
         for (const OperatorWindow& window : windows) {
             if (!window.widget->isWindow())
