@@ -33,7 +33,6 @@ void Camera::take(QWidget* widget, const QString& name)
 {
     QWidget* window = widget->window();
     window->raise();
-    window->activateWindow();
     letTheScreenFollow(window);
     const QRect place(widget->mapTo(window, QPoint(0, 0)), widget->size());
     const QPixmap picture =
