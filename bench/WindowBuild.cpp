@@ -49,6 +49,13 @@ public:
     explicit EmptySurface(QWidget* parent) : QGLWidget(QGLFormat(QGL::SampleBuffers), parent) {}
 };
 
+/// The same without samples.
+class PlainSurface : public QGLWidget
+{
+public:
+    explicit PlainSurface(QWidget* parent) : QGLWidget(parent) {}
+};
+
 double startSeconds = 0.0;
 QWidget* board = nullptr;
 
@@ -146,6 +153,7 @@ int main(int argc, char** argv)
     // Its surface is painted by OpenGL, which needs the window on the screen.
     measureBuilt<WindowRocking3D>("WindowRocking3D");
     measureBuilt<EmptySurface>("empty OpenGL surface");
+    measureBuilt<PlainSurface>("empty OpenGL surface without samples");
     measureBuiltAndPainted<WindowStepResponse>("WindowStepResponse");
     measureBuiltAndPainted<WindowFrequencyAnalysis>("WindowFrequencyAnalysis");
     measureBuiltAndPainted<WindowSaveData>("WindowSaveData");
