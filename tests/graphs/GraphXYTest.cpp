@@ -1,125 +1,20 @@
-#include "app/Globals.h"
-#include "double/KoralinkDouble.h"
+#include "ShownGraphXY.h"
+
 #include "graphs/PlotLook.h"
-#include "graphs/WidgetGraphXY.h"
-#include "hardware/ConfigFile.h"
 #include "hardware/LoopConfiguration.h"
-#include "stream/Updater.h"
 #include "support/MessageBoxes.h"
-#include "support/Operator.h"
-#include "support/World.h"
 
-#include <QPushButton>
 #include <QSignalSpy>
-#include <QtTest>
-#include <qcustomplot.h>
-
-#include <memory>
 
 using namespace koralink_double;
 using operate::find;
 
-namespace {
-
-/// What is agreed about the codes, written down once more for comparison: loops that run, axes that a click checks,
-/// and the marker: | vertical, - horizontal, + by the monitors, blank none.
-struct Agreed {
-    const char* loops;
-    const char* checked;
-    char marker;
-};
-const Agreed agreed[15] = {
-    {"Xlf", "X", '|'},
-    {"Xlf Xhf", "X", '|'},
-    {"Xlf Ylf", "XY", '+'},
-    {"Xlf Yhf", "X", '+'},
-    {"Xlf Xhf Ylf", "XY", '+'},
-    {"Xlf Xhf Yhf", "X", ' '},
-    {"Xlf Ylf Yhf", "XY", '+'},
-    {"Xlf Xhf Ylf Yhf", "XY", '+'},
-    {"Xhf", "", '|'},
-    {"Xhf Ylf", "Y", '+'},
-    {"Xhf Yhf", "", '+'},
-    {"Xhf Ylf Yhf", "Y", '+'},
-    {"Ylf", "Y", '-'},
-    {"Ylf Yhf", "Y", '-'},
-    {"Yhf", "", '-'},
-};
-
-QVector<QPointF> pointsOf(QCPGraph* graph)
-{
-    QVector<QPointF> points;
-    for (auto point = graph->data()->constBegin(); point != graph->data()->constEnd(); ++point)
-        points.append(QPointF(point->key, point->value));
-    return points;
-}
-
-} // namespace
-
-class GraphXYTest : public QObject
+/// Limits, look and clicks.
+class GraphXYTest : public ShownGraphXY
 {
     Q_OBJECT
 
-private:
-    std::unique_ptr<World> world;
-    std::unique_ptr<WidgetGraphXY> graph;
-    QCustomPlot* plot = nullptr;
-
-    void show(int bpm)
-    {
-        graph = std::make_unique<WidgetGraphXY>(bpm, nullptr);
-        plot = find<QCustomPlot>(graph.get(), "graph");
-        graph->resize(500, 500);
-        graph->show();
-        QVERIFY(QTest::qWaitForWindowExposed(graph.get()));
-        plot->xAxis->setRange(-100, 100);
-        plot->yAxis->setRange(-50, 50);
-        plot->replot();
-        operate::press(find<QPushButton>(graph.get(), "targetEnable"));
-        userLevel = 2;
-        clearCalls();
-    }
-
-    /// Clicks the pixel nearest to a place. @return the place of that pixel
-    QPointF click(double x, double y)
-    {
-        const QPoint pixel(qRound(plot->xAxis->coordToPixel(x)), qRound(plot->yAxis->coordToPixel(y)));
-        QTest::mouseClick(plot, Qt::LeftButton, Qt::NoModifier, pixel);
-        return QPointF(plot->xAxis->pixelToCoord(pixel.x()), plot->yAxis->pixelToCoord(pixel.y()));
-    }
-
-    static void setSelectors(int selectors)
-    {
-        bpmSelXlf = selectors & 1;
-        bpmSelXhf = selectors >> 1 & 1;
-        bpmSelYlf = selectors >> 2 & 1;
-        bpmSelYhf = selectors >> 3 & 1;
-    }
-
-    static std::vector<Call> setpointCalls()
-    {
-        std::vector<Call> found;
-        for (const Call& call : calls()) {
-            if (call.name == "setSetpoint")
-                found.push_back(call);
-        }
-        return found;
-    }
-
 private slots:
-    void init()
-    {
-        koralink_double::reset();
-        world = std::make_unique<World>();
-        configFile->writeROI(0, 80, 40, 0.0, 1e12, 50);
-        configFile->writeROI(1, 20, 10, 0.0, 1e12, 25);
-    }
-    void cleanup()
-    {
-        graph.reset();
-        world.reset();
-    }
-
     void theTableOfConfigurationsIsTheAgreedOne()
     {
         for (int code = 0; code < 15; ++code) {
@@ -390,98 +285,6 @@ private slots:
         QVERIFY(commands().empty());
         QCOMPARE(boxes.count(), 0);
         QCOMPARE(changes.count(), 4);
-    }
-
-    void theMarkerFollowsCodeAndSelectors_data()
-    {
-        QTest::addColumn<int>("code");
-        for (int code : {-1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15})
-            QTest::addRow("code %d", code) << code;
-    }
-    void theMarkerFollowsCodeAndSelectors()
-    {
-        QFETCH(int, code);
-        bpmScaleX[0] = 300;
-        bpmScaleY[0] = 400;
-        bpmScaleX[1] = 500;
-        bpmScaleY[1] = 600;
-        answers().pidConf = static_cast<signed char>(code);
-        answers().setpoints[0] = 11;
-        answers().setpoints[1] = 111;
-        answers().setpoints[2] = 22;
-        answers().setpoints[3] = 222;
-        const char kind = code >= 0 && code < 15 ? agreed[code].marker : ' ';
-        for (int bpm = 0; bpm < 2; ++bpm) {
-            const QVector<QPointF> vertical = {QPointF(11, -bpmScaleY[bpm]), QPointF(11, bpmScaleY[bpm])};
-            const QVector<QPointF> horizontal = {QPointF(-bpmScaleX[bpm], 22), QPointF(bpmScaleX[bpm], 22)};
-            for (int selectors = 0; selectors < 16; ++selectors) {
-                setSelectors(selectors);
-                const bool isX = bpm == bpmSelXlf;
-                const bool isY = bpm == bpmSelYlf;
-                QVector<QPointF> expected;
-                if ((kind == '|' && isX) || (kind == '+' && isX && !isY))
-                    expected = vertical;
-                if ((kind == '-' && isY) || (kind == '+' && isY && !isX))
-                    expected = horizontal;
-                if (kind == '+' && isX && isY)
-                    expected = {QPointF(11, 22)};
-                WidgetGraphXY widget(bpm, nullptr);
-                QCPGraph* target = find<QCustomPlot>(&widget, "graph")->graph(1);
-                widget.updateGraphXY();
-                QVERIFY(target->visible());
-                QCOMPARE(pointsOf(target), expected);
-                QCOMPARE(target->lineStyle(), QCPGraph::lsLine);
-                if (expected.size() == 1) {
-                    QCOMPARE(target->scatterStyle().shape(), QCPScatterStyle::ssCross);
-                    QCOMPARE(target->scatterStyle().size(), 6.0);
-                } else if (expected.size() == 2) {
-                    QCOMPARE(target->scatterStyle().shape(), QCPScatterStyle::ssNone);
-                }
-            }
-        }
-    }
-
-    void splitAxesShowALineOnEachGraphAndAClickMovesOnlyItsOwn()
-    {
-        answers().pidConf = 2;
-        setSelectors(0b1100);
-        show(0);
-        graph->updateGraphXY();
-        QCOMPARE(pointsOf(plot->graph(1)).size(), 2);
-        QCOMPARE(pointsOf(plot->graph(1)).at(0).x(), pointsOf(plot->graph(1)).at(1).x());
-        const QPointF place = click(5, 5);
-        QCOMPARE(setpointCalls().size(), std::size_t(1));
-        QCOMPARE(setpointCalls().at(0).arguments, (std::vector<double>{0.0, place.x()}));
-        show(1);
-        graph->updateGraphXY();
-        QCOMPARE(pointsOf(plot->graph(1)).at(0).y(), pointsOf(plot->graph(1)).at(1).y());
-    }
-
-    void theMarkerReadsTheLowFrequencySetpointsAlone()
-    {
-        show(0);
-        graph->updateGraphXY();
-        QVERIFY(setpointCalls().empty());
-        QVERIFY(commands().empty());
-        QVERIFY(!callsOf("getPIDconf").empty());
-    }
-
-    void aFailingReadOfSetpointsShowsTheMarkerAtTheCentre()
-    {
-        fail("getSetpoint");
-        answers().pidConf = 2;
-        show(0);
-        graph->updateGraphXY();
-        QCOMPARE(pointsOf(plot->graph(1)), (QVector<QPointF>{QPointF(0, 0)}));
-    }
-
-    void theMarkerIsRedrawnAtOnce()
-    {
-        show(0);
-        plot->repaint();
-        QSignalSpy redraws(plot, SIGNAL(afterReplot()));
-        graph->updateGraphXY();
-        QTRY_COMPARE(redraws.count(), 1);
     }
 };
 

@@ -1,5 +1,6 @@
 #include "hardware/ConfigFile.h"
 #include "hardware/SettingsPath.h"
+#include "support/FileContent.h"
 #include "support/FullDisk.h"
 #include "support/ScratchSettings.h"
 
@@ -67,13 +68,6 @@ double stored(const QString& key)
 {
     const QVariant value = scratch_settings::value(key.toLatin1().constData());
     return value.isValid() ? value.toDouble() : -12345.0;
-}
-
-QByteArray bytesOf(const QString& path)
-{
-    QFile file(path);
-    file.open(QIODevice::ReadOnly);
-    return file.readAll();
 }
 
 QStringList beneath(const QString& group, std::initializer_list<const char*> keys)
@@ -372,8 +366,8 @@ private slots:
         QCOMPARE(stored(QStringLiteral("IIR_X/b/10/val")), values[1][9]);
         QCOMPARE(stored(QStringLiteral("IIR_Y/a/2/val")), values[2][1]);
         QCOMPARE(stored(QStringLiteral("IIR_I0/b/10/val")), values[5][9]);
-        QVERIFY(bytesOf(settingsPath()).contains("a\\10\\val="));
-        QVERIFY(!bytesOf(settingsPath()).contains("size"));
+        QVERIFY(contentOf(settingsPath()).contains("a\\10\\val="));
+        QVERIFY(!contentOf(settingsPath()).contains("size"));
 
         Ten read[6] = {};
         file.readIIR(read[0].data(), read[1].data(), read[2].data(), read[3].data(), read[4].data(),
@@ -393,7 +387,7 @@ private slots:
     void eachWriteIsOnDiskWhenItReturnsAndNothingIsCached()
     {
         file.writeScaleX(0, 3.5);
-        QVERIFY(bytesOf(settingsPath()).contains("Scale_X=3.5"));
+        QVERIFY(contentOf(settingsPath()).contains("Scale_X=3.5"));
         QFile other(settingsPath());
         QVERIFY(other.open(QIODevice::WriteOnly));
         other.write("[BPM1]\nScale_X=77.25\nOdd=1\n[Library]\nown=text\n");
@@ -459,12 +453,12 @@ private slots:
         const QTemporaryDir folder;
         scratch_settings::setPath(folder.filePath(QStringLiteral("config_koralink.ini")));
         file.writeScaleX(0, 3.5);
-        const QByteArray before = bytesOf(settingsPath());
+        const QByteArray before = contentOf(settingsPath());
         {
             const FullDisk disk;
             writeOneOfEach();
         }
-        QCOMPARE(bytesOf(settingsPath()), before);
+        QCOMPARE(contentOf(settingsPath()), before);
     }
 
     void binaryGarbageReadsAsEmptyAndTakesWrites()
