@@ -14,6 +14,8 @@ constexpr double longestTime = 7 * 86400.0; ///< s
 /// The simulated time may pass slower than ours: look at it at least that often, s.
 constexpr double longestNap = 0.25;
 constexpr double shortestNap = 0.001;
+/// Some editors put it before the first line of a text in UTF-8.
+constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
 
 /// Takes the step of one line, unless the line has none.
 void addStep(std::vector<Scenario::Step>& steps, const std::string& line)
@@ -53,10 +55,12 @@ Scenario Scenario::load(const std::string& path)
     int number = 0;
     while (std::getline(file, line)) {
         ++number;
+        if (number == 1 && line.rfind(byteOrderMark, 0) == 0)
+            line.erase(0, byteOrderMark.size());
         try {
             addStep(scenario.steps, line);
         } catch (const InputError& error) {
-            throw InputError(path + ":" + std::to_string(number) + ": " + error.what());
+            throw InputError(printable(path) + ":" + std::to_string(number) + ": " + error.what());
         }
     }
     if (!file.eof())

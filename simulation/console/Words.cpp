@@ -42,12 +42,24 @@ std::string lineOf(const Words& words)
     return line;
 }
 
-std::string quoted(std::string_view text)
+std::string printable(std::string_view text)
 {
-    std::string result = "\"";
+    std::string result;
     for (const char character : text)
         result += static_cast<unsigned char>(character) < ' ' || character == '\x7f' ? '?' : character;
-    return result + '"';
+    return result;
+}
+
+std::string quoted(std::string_view text)
+{
+    constexpr std::size_t longest = 60;
+    if (text.size() <= longest)
+        return '"' + printable(text) + '"';
+    std::size_t end = longest;
+    // Not within a character of UTF-8.
+    while (end > 0 && (text[end] & 0xc0) == 0x80)
+        --end;
+    return '"' + printable(text.substr(0, end)) + "...\"";
 }
 
 std::string textOf(double value)
@@ -63,7 +75,8 @@ double numberOf(std::string_view text, const std::string& what, double low, doub
     if (!read(text, number) || !(number >= low && number <= high))
         throw InputError(what + " must be a number from " + textOf(low) + " to " + textOf(high) + ", not "
                          + quoted(text));
-    return number;
+    // Adding 0 makes a plain zero of a negative one, which would be shown as it was typed.
+    return number + 0.0;
 }
 
 int wholeNumberOf(std::string_view text, const std::string& what, int low, int high)

@@ -12,7 +12,9 @@ using Words = std::vector<std::string>;
 Words wordsOf(std::string_view line);
 /// One line out of words.
 std::string lineOf(const Words& words);
-/// The text in double quotes, control characters replaced: fit for one line on a terminal.
+/// The text with its control characters replaced: fit for one line on a terminal.
+std::string printable(std::string_view text);
+/// The text, printable, in double quotes; a long one is cut.
 std::string quoted(std::string_view text);
 
 /// Shortest decimal form that reads back as the same value, with a point in every locale.

@@ -19,6 +19,7 @@ namespace {
 
 constexpr int noSimulationStatus = 1;
 constexpr int wrongInputStatus = 2;
+constexpr int unwrittenStatus = 3;
 
 constexpr char usage[] = "usage: kora-sim [--pid N] COMMAND [ARGUMENTS]";
 
@@ -35,7 +36,8 @@ void showHelp()
                 "                              play a scenario: F times as fast, without showing its steps,\n"
                 "                              or only check it\n"
                 "  list                        show the running simulations\n\n"
-                "Exit status: 0 done, 1 no simulation is running or it does not answer, 2 wrong input.\n",
+                "Exit status: 0 done, 1 no simulation is running or it does not answer, 2 wrong input,\n"
+                "3 done, but the answer cannot be written.\n",
                 usage, commandHelp().c_str());
 }
 
@@ -171,7 +173,10 @@ int main(int argc, char** argv)
 {
     try {
         perform(Words(argv + 1, argv + argc));
-        return 0;
+        if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+            return 0;
+        std::fputs("kora-sim: the answer cannot be written\n", stderr);
+        return unwrittenStatus;
     } catch (const NoSimulation& error) {
         std::fprintf(stderr, "kora-sim: %s\n", error.what());
         return noSimulationStatus;

@@ -139,6 +139,14 @@ private slots:
         QCOMPARE(control->state().currentNoiseAmps, 2e-8);
     }
 
+    void negativeZeroIsZero()
+    {
+        tell({"drift", "-0", "10", "-0"});
+        tell({"vibration", "6", "12.5", "-0"});
+        tell({"noise", "-0", "-0"});
+        QVERIFY(!tell({"status"}).contains(QStringLiteral("-0 ")));
+    }
+
     void quietStopsAllMotion()
     {
         tell({"quiet"});

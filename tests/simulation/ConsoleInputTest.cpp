@@ -114,6 +114,25 @@ private slots:
         QVERIFY2(run.isRefusal(2, QStringLiteral("unknown command \"beam on\"")), run.described().constData());
     }
 
+    void longWordIsCutAtACharacter()
+    {
+        const ConsoleRun run = console({QString(59, QLatin1Char('x')) + QString(5000, QChar(0xfc))});
+        QVERIFY2(run.isRefusal(2, QStringLiteral("unknown command \"%1...\"\n").arg(QString(59, QLatin1Char('x')))),
+                 run.described().constData());
+    }
+
+    void answerThatCannotBeWrittenIsTold()
+    {
+        QProcess shell;
+        shell.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral(KORA_CONSOLE " --help >/dev/full")});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.exitCode(), 3);
+        QCOMPARE(shell.readAllStandardError(), QByteArray("kora-sim: the answer cannot be written\n"));
+        shell.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral(KORA_CONSOLE " --version >&-")});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.exitCode(), 3);
+    }
+
     void withoutASimulationStatusIs1()
     {
         for (const char* line : {"status", "status --json", "beam off", "time", "list"}) {

@@ -54,6 +54,26 @@ private slots:
         QCOMPARE(scenario.steps[1].time, 60.0);
     }
 
+    void byteOrderMarkBeforeTheFirstLineCountsForNothing()
+    {
+        QCOMPARE(Scenario::load(written("\xef\xbb\xbf" "0 beam on\r\n").toStdString()).steps.at(0).command,
+                 std::string("beam on"));
+        QVERIFY_EXCEPTION_THROWN(Scenario::load(written("0 beam on\n\xef\xbb\xbf" "1 beam on\n").toStdString()),
+                                 InputError);
+    }
+
+    void nameOfTwoLinesStaysOnOne()
+    {
+        const QString folder = scratch.filePath(QStringLiteral("two\nlines"));
+        QVERIFY(QDir().mkpath(folder));
+        const QString file = folder + QStringLiteral("/scenario");
+        QFile::remove(file);
+        QVERIFY(QFile::copy(written("0 dance\n"), file));
+        const ConsoleRun run = runConsole({QStringLiteral("play"), QStringLiteral("--check"), file});
+        QVERIFY2(run.isRefusal(2, QStringLiteral("two?lines/scenario:1: unknown command")),
+                 run.described().constData());
+    }
+
     void stepsComeAtTheirTime()
     {
         const std::vector<double> done = timesOfSteps("0 time\n1.5 time\n1.5 time\n7 time\n", 1);
