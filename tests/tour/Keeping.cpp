@@ -27,7 +27,7 @@ QString productIn(const Stage& stage, int port)
     constexpr int nameRow = 1;
     const QTableWidgetItem* item =
         find<QTableWidget>(stage.hand.widget("WindowSFPstatus"), "SFPsTable")->item(nameRow, port);
-    return item ? item->text() : QString();
+    return item && !item->text().isEmpty() ? item->text() : QStringLiteral("nothing");
 }
 
 } // namespace
@@ -75,7 +75,8 @@ void tour::unplugAndReplugAnAmplifier(Stage& stage)
 
     stage.plant.plug(amplifierPort, 0);
     stage.hand.wait(noticeSeconds);
-    stage.findings.equal(QStringLiteral("in port B, unplugged"), QString(), productIn(stage, amplifierPort));
+    stage.findings.equal(QStringLiteral("in port B, unplugged"), QStringLiteral("nothing"),
+                         productIn(stage, amplifierPort));
     stage.findings.holds(QStringLiteral("graphs of BPM2 hidden"), cloud->isHidden());
     stage.findings.equal(QStringLiteral("the feedback on BPM1 goes on"), QStringLiteral("Feedback ON"),
                          stage.heartbeat());

@@ -249,6 +249,7 @@ void tour::placeSetPoint(Stage& stage)
     const double x = find<QDoubleSpinBox>(panel, "posXDoubleSpinBox")->value();
     const double y = find<QDoubleSpinBox>(panel, "posYDoubleSpinBox")->value();
     stage.findings.near(QStringLiteral("set-point X in the panel"), QStringLiteral("um"), 12, 0.5, x);
+    stage.findings.near(QStringLiteral("set-point Y in the panel"), QStringLiteral("um"), -8, 0.5, y);
     stage.hand.wait(2 * statisticsSeconds);
     stage.findings.near(QStringLiteral("mean of X"), QStringLiteral("um"), x, 0.2,
                         stage.statistic("posXMeanLineEdit"));
