@@ -1,16 +1,12 @@
-#include "hardware/MailboxComm.h"
+#include "MailboxOnDouble.h"
+
 #include "app/Globals.h"
-#include "double/KoralinkDouble.h"
 #include "hardware/VersionText.h"
 #include "logging/Log.h"
 #include "support/LogLines.h"
 #include "support/Operator.h"
-#include "support/World.h"
-
-#include <QtTest>
 
 #include <functional>
-#include <memory>
 
 using namespace koralink_double;
 using operate::lines;
@@ -89,31 +85,13 @@ const std::vector<Command>& commandTable()
     return table;
 }
 
-QStringList allCalls()
-{
-    QStringList texts;
-    for (const Call& call : calls())
-        texts.append(QString::fromStdString(call.text()));
-    return texts;
-}
-
 } // namespace
 
-class MailboxCommTest : public QObject
+class MailboxCommTest : public MailboxOnDouble
 {
     Q_OBJECT
 
-private:
-    std::unique_ptr<World> world;
-
 private slots:
-    void init()
-    {
-        koralink_double::reset();
-        world = std::make_unique<World>();
-    }
-    void cleanup() { world.reset(); }
-
     void statusOfTheFeedbackCrossesThreadsByItsName()
     {
         // By its name alone: nothing here has asked for the type before.

@@ -1,19 +1,16 @@
-#include "hardware/MailboxComm.h"
+#include "MailboxOnDouble.h"
+
 #include "app/Globals.h"
 #include "app/WorkerThread.h"
-#include "double/KoralinkDouble.h"
 #include "logging/Log.h"
 #include "support/LogLines.h"
 #include "support/Operator.h"
-#include "support/World.h"
 
 #include <QSignalSpy>
 #include <QThread>
 #include <QTimer>
-#include <QtTest>
 
 #include <atomic>
-#include <memory>
 
 using namespace koralink_double;
 using operate::lines;
@@ -35,32 +32,14 @@ QVector<int> announced(const QSignalSpy& changes)
     return masks;
 }
 
-QStringList allCalls()
-{
-    QStringList texts;
-    for (const Call& call : calls())
-        texts.append(QString::fromStdString(call.text()));
-    return texts;
-}
-
 } // namespace
 
 /// The scan of the ports, the poll and the worker thread.
-class MailboxPollTest : public QObject
+class MailboxPollTest : public MailboxOnDouble
 {
     Q_OBJECT
 
-private:
-    std::unique_ptr<World> world;
-
 private slots:
-    void init()
-    {
-        koralink_double::reset();
-        world = std::make_unique<World>();
-    }
-    void cleanup() { world.reset(); }
-
     void scanFormsTheMask_data()
     {
         QTest::addColumn<int>("a");
