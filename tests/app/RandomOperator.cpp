@@ -23,21 +23,50 @@
 #include <QSpinBox>
 #include <QTimer>
 
+#include <execinfo.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <iterator>
 
 namespace {
 
 constexpr int deepestNesting = 5;
 constexpr int mostOpenWindows = 20;
 constexpr int actionsOfLongSession = 400;
-/// An action that takes longer than this hangs; the process ends by a signal.
-constexpr unsigned hangSeconds = 300;
+/// An action that computes or waits for longer than this hangs; the process ends by a signal. On a busy machine waiting
+/// may be for a processor.
+constexpr unsigned computingHangSeconds = 300;
+constexpr unsigned waitingHangSeconds = 1500;
 /// Pauses of a measurement in which nothing else happens, until the operator ends it.
 constexpr int patience = 60;
 /// The plant is advanced by no more than this within one pause of a measurement.
 constexpr double longestDrivenPause = 0.01;
+
+/// The last note, for the signal handler.
+char lastAction[200] = "";
+
+void tellWhereItHangs(int number)
+{
+    const auto tell = [](const char* text) { return ::write(STDERR_FILENO, text, std::strlen(text)) >= 0; };
+    if (tell("This action hangs: ") && tell(lastAction) && tell("\n")) {
+        void* frames[100];
+        ::backtrace_symbols_fd(frames, ::backtrace(frames, int(std::size(frames))), STDERR_FILENO);
+    }
+    std::signal(number, SIG_DFL);
+    std::raise(number);
+}
+
+/// @param seconds of computing, and of waiting, after which the process ends; 0 for never
+void limitAction(unsigned computing, unsigned waiting)
+{
+    const itimerval limit = {{0, 0}, {time_t(computing), 0}};
+    ::setitimer(ITIMER_PROF, &limit, nullptr);
+    ::alarm(waiting);
+}
 
 const QString logDestinationType()
 {
@@ -57,6 +86,8 @@ RandomOperator::RandomOperator(quint32 seed, const QString& traceFile)
             qFatal("cannot write \"%s\"", qPrintable(traceFile));
     }
     qApp->installEventFilter(this);
+    std::signal(SIGALRM, tellWhereItHangs);
+    std::signal(SIGPROF, tellWhereItHangs);
 }
 
 RandomOperator::~RandomOperator()
@@ -70,7 +101,7 @@ QString RandomOperator::work(int actions)
     QString trouble;
     while (done.actions < wanted && trouble.isEmpty())
         trouble = workOneSession();
-    ::alarm(0);
+    limitAction(0, 0);
     return trouble;
 }
 
@@ -131,7 +162,7 @@ void RandomOperator::act()
     }
     ++done.actions;
     done.nestedActions += depth > 0;
-    ::alarm(hangSeconds);
+    limitAction(computingHangSeconds, waitingHangSeconds);
     ++depth;
     done.deepest = std::max(done.deepest, depth);
     if (depth < deepestNesting)
@@ -190,6 +221,7 @@ void RandomOperator::doSomethingInReach()
 void RandomOperator::note(const QString& what)
 {
     lastNote = what;
+    qstrncpy(lastAction, qPrintable(what), uint(sizeof lastAction));
     if (trace.isOpen())
         trace.write(QStringLiteral("%1 %2 %3\n").arg(done.actions).arg(depth).arg(what).toUtf8());
 }
