@@ -23,24 +23,46 @@ fail() {
   cat "$scratch/cpack.log"
   fail "cpack"
 }
+synopses=()
 for package in kora-local-ui kora-simulation; do
   file=$(find "$scratch/packages" -maxdepth 1 -name "${package}_*.deb")
   [ -n "$file" ] || fail "no package $package"
   dpkg-deb -x "$file" "$scratch/root"
-  dpkg-deb -f "$file" Package Version Depends
+  dpkg-deb -f "$file" Package Version Depends Description
+  description=$(dpkg-deb -f "$file" Description)
+  synopses+=("${description%%$'\n'*}")
+  for text in copyright changelog.gz; do
+    [ -s "$scratch/root/usr/share/doc/$package/$text" ] || fail "no $text of $package"
+  done
 done
+[ "${synopses[0]}" != "${synopses[1]}" ] || fail "both packages are described alike"
 
 dependencies=$(dpkg-deb -f "$scratch"/packages/kora-local-ui_*.deb Depends)
 case $dependencies in *kora-simulation*) fail "the program depends on the simulation" ;; esac
+[ -z "$(dpkg-deb -c "$scratch"/packages/kora-local-ui_*.deb | grep -E 'libkoralink|kora-sim')" ] ||
+  fail "the program's package has parts of the simulation"
+# Whatever the program loads must come with a package that it depends on, but for the closed control library.
+LC_ALL=C readelf -d "$scratch/root/usr/bin/kora-local-ui" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' >"$scratch/needed"
+[ -s "$scratch/needed" ] || fail "the program loads nothing"
+while read -r library; do
+  [ "$library" != libkoralink.so.1 ] || continue
+  found=
+  # Some machines have it for other architectures, too.
+  for owner in $(dpkg-query -S "*/$library" | cut -d: -f1); do
+    [[ ! ", $dependencies," =~ ", $owner"[\ ,] ]] || found=yes
+  done
+  [ -n "$found" ] || fail "$library comes with no dependency"
+done <"$scratch/needed"
 
 desktop-file-validate "$scratch/root/usr/share/applications/kora-local-ui.desktop"
 appstreamcli validate --no-net "$scratch"/root/usr/share/metainfo/*.metainfo.xml
-for page in "$scratch"/root/usr/share/man/man1/*.1; do
+for page in "$scratch"/root/usr/share/man/man1/{kora-local-ui,kora-sim}.1.gz; do
+  [ -f "$page" ] || fail "no manual page $page"
   man --warnings -l "$page" >/dev/null 2>"$scratch/man.log" || true
   [ ! -s "$scratch/man.log" ] || fail "manual page $page: $(cat "$scratch/man.log")"
 done
-for size in 16x16 256x256; do
-  [ -f "$scratch/root/usr/share/icons/hicolor/$size/apps/kora-local-ui.png" ] || fail "no icon of $size"
+for icon in 16x16/apps/kora-local-ui.png 256x256/apps/kora-local-ui.png scalable/apps/kora-local-ui.svg; do
+  [ -f "$scratch/root/usr/share/icons/hicolor/$icon" ] || fail "no icon $icon"
 done
 guide="$scratch/root/usr/share/doc/kora-local-ui"
 [ -f "$guide/operator-guide.md" ] || fail "no operator's guide"
@@ -48,24 +70,43 @@ for picture in $(grep -o '(images/[^)]*)' "$guide/operator-guide.md" | tr -d '()
   [ -f "$guide/$picture" ] || fail "no $picture beside the guide"
 done
 
-LD_LIBRARY_PATH="$scratch/root/usr/lib/kora-simulation" "$scratch/root/usr/bin/kora-local-ui" &
-programPid=$!
-# One picture after the first second of data, the next ones until something has moved.
-sleep 3
-import -window root "$scratch/first.png"
-moved=0
-for _ in $(seq 20); do
-  sleep 0.5
-  import -window root "$scratch/next.png"
-  if [ "$(compare -metric AE "$scratch/first.png" "$scratch/next.png" null: 2>&1 || true)" != 0 ]; then
-    moved=1
-    break
-  fi
+console=$scratch/root/usr/bin/kora-sim
+for scenario in quiet-day beam-dump-and-recovery cabling-mistakes; do
+  (cd "$scratch" && "$console" play --check "$scenario") || fail "the scenario $scenario is not found by its name"
 done
-[ "$moved" = 1 ] || fail "the graphs do not move"
-"$scratch/root/usr/bin/kora-sim" --pid "$programPid" status >"$scratch/status.txt" || fail "the console does not answer"
-[ -s "$scratch/status.txt" ] || fail "the console says nothing"
-kill -TERM "$programPid"
+
+# As a trainee does: on the installed training settings, in a folder of its own where user namespaces allow it.
+install -D -m 644 -t "$scratch/settings" "$scratch/root/usr/share/kora-simulation/config_koralink.ini"
+private=(bwrap --die-with-parent --dev-bind / / --tmpfs /opt --bind "$scratch/settings" /opt/Zenthic/KORALINK)
+areas=(spectrum:600x150+150+480 cloud:300x150+80+105)
+if ! bwrap --dev-bind / / true 2>/dev/null; then
+  # Without those settings every position may be 0.
+  private=()
+  areas=(spectrum:600x150+150+480)
+fi
+export XDG_RUNTIME_DIR=$scratch/runtime
+mkdir -m 700 "$XDG_RUNTIME_DIR"
+LD_LIBRARY_PATH="$scratch/root/usr/lib/kora-simulation" \
+  ${private[@]+"${private[@]}"} "$scratch/root/usr/bin/kora-local-ui" &
+programPid=$!
+# One picture after the first second of data, the next ones until the graph has moved.
+sleep 3
+for area in "${areas[@]}"; do
+  import -window root -crop "${area#*:}" +repage "$scratch/first.png"
+  moved=0
+  for _ in $(seq 40); do
+    sleep 0.5
+    import -window root -crop "${area#*:}" +repage "$scratch/next.png"
+    if [ "$(compare -metric AE "$scratch/first.png" "$scratch/next.png" null: 2>&1 || true)" != 0 ]; then
+      moved=1
+      break
+    fi
+  done
+  [ "$moved" = 1 ] || fail "the ${area%:*} does not move"
+done
+"$console" beam off || fail "the console does not reach the program"
+[[ "$("$console" status)" =~ beam\ +off ]] || fail "the beam is not off"
+kill -TERM "$("$console" list | cut -d' ' -f1)"
 wait "$programPid" || fail "the program ended with status $?"
 programPid=
 echo "PASS: both packages install, and the graphs move"
