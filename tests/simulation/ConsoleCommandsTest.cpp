@@ -1,5 +1,6 @@
 #include "ConsoleRun.h"
 #include "FreshInstallation.h"
+#include "PortDevices.h"
 #include "hardware/koralink.h"
 #include "simulation/PowerOn.h"
 #include "stream/DeviceRecords.h"
@@ -37,12 +38,6 @@ int opening(const char* path)
         return errno;
     close(fd);
     return 0;
-}
-
-std::uint16_t deviceIn(int port)
-{
-    std::uint16_t id = 0xffff;
-    return getSFPinfo(port, &id, nullptr, nullptr, nullptr) == 0 ? id : 0xfffe;
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "FreshInstallation.h"
+#include "PortDevices.h"
 #include "hardware/koralink.h"
 #include "simulation/PowerOn.h"
 #include "simulation/console/Commands.h"
@@ -22,12 +23,6 @@ namespace {
 
 /// Where the simulated beam stands between the two interlock limits, A.
 constexpr double intensity = 0.8 * powerOn::totalCurrent;
-
-std::uint16_t deviceIn(int port)
-{
-    std::uint16_t id = 0xffff;
-    return getSFPinfo(port, &id, nullptr, nullptr, nullptr) == 0 ? id : 0xfffe;
-}
 
 /// Two seconds of the stream.
 std::vector<DisplayRecord> newestRecords()
