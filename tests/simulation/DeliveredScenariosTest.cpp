@@ -183,9 +183,9 @@ private slots:
         QCOMPARE(open(amplifierDevicePath[0], O_RDONLY), -1);
     }
 
-    void feedbackHoldsWithoutBeamAndGoesOnWithIt()
+    void feedbackHoldsWithoutBeamGoesOnWithItAndStopsFarOff()
     {
-        QCOMPARE(setROCenable(0, 0, 1, 0, 0, 0), 0);
+        QCOMPARE(setROCenable(1, 1, 1, 0, 0, 0), 0);
         QCOMPARE(setFBenable(1), 0);
         play("beam-dump-and-recovery", 50);
         QCOMPARE(getPIDstatus(), PidStatusOn);
@@ -200,6 +200,10 @@ private slots:
         play("beam-dump-and-recovery", 200, 188);
         QCOMPARE(getPIDstatus(), PidStatusBeamOff);
         play("beam-dump-and-recovery", 270, 200);
+        QCOMPARE(getPIDstatus(), PidStatusOutOfRoc);
+        QCOMPARE(setFBenable(0), 0);
+        QCOMPARE(setFBenable(1), 0);
+        control->advance(5);
         QCOMPARE(getPIDstatus(), PidStatusOn);
         QVERIFY(std::fabs(meanOf(newestRecords(), SlotPos1X)) * powerOn::scale < 1);
     }
