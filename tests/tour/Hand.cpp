@@ -16,6 +16,8 @@
 
 #include <qcustomplot.h>
 
+#include <cmath>
+
 using operate::find;
 
 Hand::Hand(QWidget* mainWindow) : window(mainWindow) {}
@@ -153,5 +155,7 @@ void Hand::wait(double seconds) const
 
 double Hand::number(const QLineEdit* field) const
 {
-    return field->text().section(QLatin1Char(' '), 0, 0).toDouble();
+    bool isNumber = false;
+    const double value = field->text().section(QLatin1Char(' '), 0, 0).toDouble(&isNumber);
+    return isNumber ? value : std::nan("");
 }

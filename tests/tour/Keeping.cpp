@@ -22,12 +22,21 @@ constexpr double noticeSeconds = 4;
 constexpr int amplifierPort = 1;
 constexpr int amplifierCode = 0x2101;
 
+/// Name of the product in a port. The window may read a port in the middle of a scan and then shows it empty
+/// until its next refresh: only what stays empty is.
 QString productIn(const Stage& stage, int port)
 {
     constexpr int nameRow = 1;
-    const QTableWidgetItem* item =
-        find<QTableWidget>(stage.hand.widget("WindowSFPstatus"), "SFPsTable")->item(nameRow, port);
-    return item && !item->text().isEmpty() ? item->text() : QStringLiteral("nothing");
+    constexpr int looks = 3;
+    constexpr double refreshSeconds = 1.1;
+    const auto* table = find<QTableWidget>(stage.hand.widget("WindowSFPstatus"), "SFPsTable");
+    for (int look = 0; look < looks; ++look) {
+        const QTableWidgetItem* item = table->item(nameRow, port);
+        if (item && !item->text().isEmpty())
+            return item->text();
+        stage.hand.wait(refreshSeconds);
+    }
+    return QStringLiteral("nothing");
 }
 
 } // namespace
