@@ -2,9 +2,11 @@
 
 #include "app/Globals.h"
 #include "app/SimulatedSession.h"
+#include "hardware/koralink.h"
 #include "logging/DestinationMaker.h"
 #include "logging/Level.h"
 #include "logging/Log.h"
+#include "simulation/InstallationState.h"
 #include "stream/Updater.h"
 #include "support/DialogLogin.h"
 #include "support/DrivenPause.h"
@@ -36,6 +38,7 @@ namespace {
 
 constexpr int deepestNesting = 5;
 constexpr int mostOpenWindows = 20;
+constexpr int slowestStreamHz = 50;
 constexpr int actionsOfLongSession = 400;
 /// An action that computes or waits for longer than this hangs; the process ends by a signal. On a busy machine waiting
 /// may be for a processor.
@@ -151,6 +154,14 @@ void RandomOperator::planNext()
     QTimer::singleShot(0, this, SLOT(act()));
 }
 
+/// A whole block of a very slow stream takes hours, driven or not, and the program waits for it.
+void RandomOperator::keepStreamInMotion()
+{
+    const int rate = session->plant().state().streamRate;
+    if (rate > 0 && rate < slowestStreamHz)
+        ::setDisplayFreq(slowestStreamHz, 0);
+}
+
 void RandomOperator::act()
 {
     if (!planned)
@@ -167,6 +178,7 @@ void RandomOperator::act()
     done.deepest = std::max(done.deepest, depth);
     if (depth < deepestNesting)
         planNext();
+    keepStreamInMotion();
     doSomething();
     --depth;
     planNext();

@@ -51,6 +51,7 @@ private:
     QString workOneSession();
     QString troubleInNextGoodSecond();
     void planNext();
+    void keepStreamInMotion();
     void doSomething();
     void doSomethingInReach();
     void note(const QString& what);
