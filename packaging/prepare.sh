@@ -7,6 +7,7 @@ buildPackages=(
   xvfb xauth libgl1-mesa-dri fonts-dejavu-core
 )
 runPackages=(imagemagick openbox x11-utils bubblewrap)
+fuzzPackages=(clang libclang-rt-14-dev)
 testPackages=(binutils bubblewrap dpkg-dev desktop-file-utils appstream man-db groff-base imagemagick)
 benchPackages=(libbenchmark-dev libqwt-qt5-dev libspdlog-dev libxcb1-dev)
 
