@@ -26,4 +26,8 @@ done
 refused --seconds --seconds
 refused "ends by itself" --tour --seconds 5
 refused "ends by itself" --seconds 5 --tour
+refused "ends by itself" --trace --tour
+for option in --tuor --second tour -x ''; do
+  refused "has no option" "$option"
+done
 echo "PASS: wrong options are refused"
