@@ -2,6 +2,7 @@
 
 #include "app/DockTabFocus.h"
 #include "app/Globals.h"
+#include "app/TabOrder.h"
 #include "feedback/WidgetFeedbackControl.h"
 #include "feedback/WidgetPidCtrl.h"
 #include "feedback/WindowBeamlineConf.h"
@@ -98,17 +99,6 @@ void placeBehindTabs(QMainWindow* mainWindow, QDockWidget* first, QDockWidget* d
     mainWindow->tabifyDockWidget(first, dock);
 }
 
-/// What takes the focus by the Tab key in a panel, in the panel's own order.
-QVector<QWidget*> fieldsInTabOrder(const QWidget* panel)
-{
-    QVector<QWidget*> fields;
-    for (QWidget* widget = panel->nextInFocusChain(); widget != panel; widget = widget->nextInFocusChain()) {
-        if (panel->isAncestorOf(widget) && (widget->focusPolicy() & Qt::TabFocus) && !widget->focusProxy())
-            fields.append(widget);
-    }
-    return fields;
-}
-
 } // namespace
 
 MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(std::make_unique<Ui::MainWindow>())
@@ -131,7 +121,7 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(std::make_uniq
     connectFftGraph();
     connectTimeGraphs();
     arrangeDocks();
-    orderTabKey();
+    orderFields();
     initialiseFeedbackControl();
 
     // Devices that were found before the connections existed.
@@ -261,17 +251,12 @@ void MainWindow::arrangeDocks()
     resizeDocks({ui->dockFFT, ui->dockPID}, {970, 310}, Qt::Horizontal);
 }
 
-void MainWindow::orderTabKey()
+void MainWindow::orderFields()
 {
-    // The panels as they stand on the board, not as they were made. The PID panel is left behind, at the end,
-    // where it belongs.
-    QWidget* const panels[] = {graphXY1,       graphXY2, feedbackControl, graphFFT,  graphCurrents1,
-                               graphCurrents2, graphDAC, graphPosX,       graphPosY, graphInt};
-    QVector<QWidget*> fields;
-    for (QWidget* panel : panels)
-        fields += fieldsInTabOrder(panel);
-    for (int i = 1; i < fields.size(); ++i)
-        setTabOrder(fields[i - 1], fields[i]);
+    // The panels as they stand on the board, not as they were made. The PID panel is left behind, at the end, where it
+    // belongs.
+    orderTabKey({graphXY1, graphXY2, feedbackControl, graphFFT, graphCurrents1, graphCurrents2, graphDAC, graphPosX,
+                 graphPosY, graphInt});
     for (QDockWidget* dock : findChildren<QDockWidget*>())
         new DockTabFocus(dock);
 }

@@ -81,7 +81,7 @@ private:
     void connectFftGraph();
     void connectTimeGraphs();
     void arrangeDocks();
-    void orderTabKey();
+    void orderFields();
     void initialiseFeedbackControl();
 
     /// A child as well, so that it stays above the main window and does not outlive it on the screen.
