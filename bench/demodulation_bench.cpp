@@ -3,7 +3,7 @@
 #include "Interleaved.h"
 
 #include "stream/DisplayRecord.h"
-#include "tools/Demodulation.h"
+#include "tools/frequency/Demodulation.h"
 
 #include <cmath>
 #include <cstring>

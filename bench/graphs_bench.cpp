@@ -1,6 +1,6 @@
 #include "Interleaved.h"
 
-#include "graphs/PlotDress.h"
+#include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
 
 #include <QApplication>
@@ -59,10 +59,10 @@ Graph* addTrace(QCustomPlot& plot, const QVector<double>& keys, const QVector<do
 /// The look of the program's plots.
 void dress(QCustomPlot& plot)
 {
-    plot_dress::drawPlain(&plot);
-    plot_dress::setGradient(&plot, plot.height());
-    plot_dress::whiten(plot.xAxis);
-    plot_dress::whiten(plot.yAxis);
+    plot_theme::drawPlain(&plot);
+    plot_theme::setGradient(&plot, plot.height());
+    plot_theme::whiten(plot.xAxis);
+    plot_theme::whiten(plot.yAxis);
 }
 
 void timeSeries(benchmark::State& state)
@@ -70,7 +70,7 @@ void timeSeries(benchmark::State& state)
     const QColor colours[4] = {0xffff87, 0xff82ff, 0x82ff82, 0x82d2fa};
     QCustomPlot plot;
     QwtPlot qwt;
-    plot_dress::showLegend(&plot);
+    plot_theme::showLegend(&plot);
     for (unsigned trace = 0; trace < 4; ++trace) {
         const QVector<double> values = noise(windowRecords, trace, 4.0 * trace);
         addTrace<TraceGraph>(plot, times(windowRecords), values, QPen(colours[trace], 1.0));

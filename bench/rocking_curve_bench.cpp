@@ -1,9 +1,9 @@
 #include "Interleaved.h"
 
 #include "graphs/TraceGraph.h"
-#include "tools/SurfaceGeometry.h"
+#include "tools/rocking/SurfaceGeometry.h"
 #include "tools/SurfacePlot.h"
-#include "tools/SurfaceWalk.h"
+#include "tools/rocking/GridScan.h"
 #include "tools/WindowRockingCurve.h"
 
 #include <QApplication>
@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr int side = surface_walk::side;
+constexpr int side = grid_scan::side;
 
 void settle()
 {
@@ -70,8 +70,8 @@ void scanRedraw(benchmark::State& state)
 /// Currents of a beam whose tuning peaks in the middle of the grid.
 std::vector<float> measuredGrid()
 {
-    std::vector<float> currents(surface_walk::points);
-    for (int i = 0; i < surface_walk::points; ++i) {
+    std::vector<float> currents(grid_scan::points);
+    for (int i = 0; i < grid_scan::points; ++i) {
         const double x = (i / side - 31.5) / 16;
         const double y = (i % side - 31.5) / 16;
         currents[std::size_t(i)] = float(4e-6 * std::exp(-0.5 * (x * x + y * y)));
@@ -110,10 +110,10 @@ void rebuildOnHeap(const std::vector<float>& heights, std::vector<std::unique_pt
 template <typename Show>
 void walk(const std::vector<float>& measured, Show show)
 {
-    std::vector<float> raw(surface_walk::points), normalised(surface_walk::points);
+    std::vector<float> raw(grid_scan::points), normalised(grid_scan::points);
     for (std::size_t i = 0; i < raw.size(); ++i) {
         raw[i] = measured[i];
-        surface_walk::normalise(raw.data(), normalised.data());
+        grid_scan::normalise(raw.data(), normalised.data());
         show(normalised);
     }
 }
@@ -152,8 +152,8 @@ public:
     explicit Frame(Way way) : QGLWidget(QGLFormat(QGL::SampleBuffers)), way(way)
     {
         setAutoBufferSwap(false);
-        std::vector<float> heights(surface_walk::points);
-        surface_walk::normalise(measuredGrid().data(), heights.data());
+        std::vector<float> heights(grid_scan::points);
+        grid_scan::normalise(measuredGrid().data(), heights.data());
         surface.setData(heights.data(), side, side);
         resize(800, 600);
         show();

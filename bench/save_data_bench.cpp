@@ -4,7 +4,7 @@
 
 #include "app/Globals.h"
 #include "stream/DisplayRecord.h"
-#include "tools/SaveDataLines.h"
+#include "tools/savedata/SaveDataLines.h"
 
 #include <QFile>
 #include <QTemporaryDir>

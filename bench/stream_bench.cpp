@@ -7,7 +7,7 @@
 #include "hardware/koralink.h"
 #include "stream/Spectrum.h"
 #include "stream/TraceTable.h"
-#include "stream/WindowDecoder.h"
+#include "stream/TraceDecoder.h"
 
 #include <QApplication>
 #include <QDockWidget>

@@ -8,9 +8,9 @@ namespace kora::simulation {
 
 /// Counts the steps that a clock says should have been made by now. Jitter of the calls never changes the rate, and
 /// a paused process owes a bounded number.
-class TimeDebt {
+class FixedStepClock {
 public:
-    TimeDebt(double stepsPerSecond, double longestSeconds)
+    FixedStepClock(double stepsPerSecond, double longestSeconds)
         : rate(stepsPerSecond)
         , longest(std::int64_t(stepsPerSecond * longestSeconds))
     {

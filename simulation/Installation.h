@@ -1,11 +1,11 @@
 #pragma once
 
 #include "simulation/Clock.h"
-#include "simulation/Control.h"
+#include "simulation/SimulationControl.h"
 #include "simulation/Faults.h"
 #include "simulation/Plant.h"
-#include "simulation/Rates.h"
-#include "simulation/TimeDebt.h"
+#include "simulation/processor/Rates.h"
+#include "simulation/FixedStepClock.h"
 
 #include <mutex>
 #include <optional>
@@ -19,7 +19,7 @@ constexpr int deviceCount = 4;
 
 /// One plant under one lock, kept up to the clock by every call; no thread runs it. All members may be
 /// called from any thread.
-class Installation final : public Control {
+class Installation final : public SimulationControl {
 public:
     /// @param clock outlives the installation; @param displayRate of the stream at power-on, Hz
     Installation(const Clock& clock, int displayRate);
@@ -92,7 +92,7 @@ private:
     const int displayRate;
     std::optional<Plant> plant;
     Faults faults;
-    TimeDebt debt;
+    FixedStepClock debt;
     bool driven = false;
     /// Steps computed ahead of the visible time 0.
     std::int64_t historySteps = 0;

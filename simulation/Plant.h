@@ -1,14 +1,14 @@
 #pragma once
 
-#include "simulation/Actuator.h"
-#include "simulation/Beam.h"
-#include "simulation/CurrentAmplifier.h"
-#include "simulation/DisplayStream.h"
-#include "simulation/ElectrodeCables.h"
-#include "simulation/FeedbackLoops.h"
-#include "simulation/OutputUnit.h"
-#include "simulation/SfpPorts.h"
-#include "simulation/Statistics.h"
+#include "simulation/beam/Actuator.h"
+#include "simulation/beam/Beam.h"
+#include "simulation/detectors/CurrentAmplifier.h"
+#include "simulation/processor/DisplayStream.h"
+#include "simulation/detectors/ElectrodeCables.h"
+#include "simulation/processor/FeedbackLoops.h"
+#include "simulation/outputs/OutputUnit.h"
+#include "simulation/processor/SfpPorts.h"
+#include "simulation/processor/Statistics.h"
 
 namespace kora::simulation {
 

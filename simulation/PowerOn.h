@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulation/Actuator.h"
-#include "simulation/FeedbackLoops.h"
+#include "simulation/beam/Actuator.h"
+#include "simulation/processor/FeedbackLoops.h"
 
 #include <cstdint>
 

@@ -10,7 +10,7 @@ namespace kora::simulation {
 
 /// What a test or a training console does to the simulated installation behind the back of the program: time,
 /// beam, devices and faults. All members may be called from any thread. Amplitudes are peak values.
-class Control {
+class SimulationControl {
 public:
     /// From now on the simulated time stands still but for advance(), and reads of the stream that would wait
     /// advance it by what is missing.
@@ -62,13 +62,13 @@ public:
     virtual bool connectCables(int bpm, const ElectrodeChannels& channels) = 0;
 
 protected:
-    ~Control() = default;
+    ~SimulationControl() = default;
 };
 
 /// The control interface of the stand-in that this process runs on; null on any other control library.
-inline Control* findControl()
+inline SimulationControl* findControl()
 {
-    using Getter = Control* (*)();
+    using Getter = SimulationControl* (*)();
     const auto getter = reinterpret_cast<Getter>(dlsym(RTLD_DEFAULT, "kora_simulation_control"));
     return getter ? getter() : nullptr;
 }

@@ -1,6 +1,6 @@
-#include "simulation/Actuator.h"
+#include "simulation/beam/Actuator.h"
 
-#include "simulation/Rates.h"
+#include "simulation/processor/Rates.h"
 
 namespace kora::simulation {
 

@@ -1,6 +1,6 @@
-#include "simulation/Beam.h"
+#include "simulation/beam/Beam.h"
 
-#include "simulation/Rates.h"
+#include "simulation/processor/Rates.h"
 
 namespace kora::simulation {
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "simulation/InstallationState.h"
-#include "simulation/NormalNoise.h"
-#include "simulation/Oscillator.h"
+#include "simulation/beam/NormalNoise.h"
+#include "simulation/beam/Oscillator.h"
 
 #include <array>
 

@@ -1,4 +1,4 @@
-#include "simulation/NormalNoise.h"
+#include "simulation/beam/NormalNoise.h"
 
 #include <array>
 #include <cmath>

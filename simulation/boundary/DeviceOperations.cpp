@@ -1,4 +1,4 @@
-#include "simulation/DeviceOperations.h"
+#include "simulation/boundary/DeviceOperations.h"
 
 #include "simulation/Installation.h"
 

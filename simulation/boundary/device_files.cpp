@@ -6,7 +6,7 @@
 // Their fortified inline forms would be defined twice.
 #undef _FORTIFY_SOURCE
 
-#include "simulation/DeviceOperations.h"
+#include "simulation/boundary/DeviceOperations.h"
 #include "simulation/Installation.h"
 #include "simulation/console/Listener.h"
 

@@ -83,7 +83,7 @@ int onBpm(const char* name, int bpm, Act act)
 
 extern "C" {
 
-KORALINK_EXPORT Control* kora_simulation_control()
+KORALINK_EXPORT SimulationControl* kora_simulation_control()
 {
     return &installation();
 }

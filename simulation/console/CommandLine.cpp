@@ -1,4 +1,4 @@
-#include "simulation/console/Words.h"
+#include "simulation/console/CommandLine.h"
 
 #include "simulation/console/InputError.h"
 

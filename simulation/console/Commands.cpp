@@ -1,6 +1,6 @@
 #include "simulation/console/Commands.h"
 
-#include "simulation/DisplayStream.h"
+#include "simulation/processor/DisplayStream.h"
 #include "simulation/Installation.h"
 #include "simulation/Operations.h"
 #include "simulation/console/InputError.h"
@@ -76,7 +76,7 @@ const char* devicePath(const std::string& text)
 template <typename Act>
 Action silently(Act act)
 {
-    return [act](Control& control) {
+    return [act](SimulationControl& control) {
         act(control);
         return std::string();
     };
@@ -86,7 +86,7 @@ Action parseBeam(const Words& words)
 {
     if (words[1] != "on" && words[1] != "off")
         refuse("on or off", words[1]);
-    return silently([on = words[1] == "on"](Control& control) { control.setBeamOn(on); });
+    return silently([on = words[1] == "on"](SimulationControl& control) { control.setBeamOn(on); });
 }
 
 Action parseDrift(const Words& words)
@@ -97,7 +97,7 @@ Action parseDrift(const Words& words)
     const double peak = off ? 0 : amplitude(words[1], "the drift");
     const double period = words.size() > 2 ? numberOf(words[2], "the period", shortestPeriod, longestPeriod) : 0;
     const double walk = words.size() > 3 ? amplitude(words[3], "the random walk") : off ? 0 : -1;
-    return silently([=](Control& control) {
+    return silently([=](SimulationControl& control) {
         // Without a period the present one stays; so does the random walk.
         control.setDrift(peak, period, walk < 0 ? control.state().walkMicrometres : walk);
     });
@@ -107,7 +107,7 @@ Action parseKick(const Words& words)
 {
     const double x = micrometres(words[1], "x");
     const double y = micrometres(words[2], "y");
-    return silently([=](Control& control) { control.kick(x, y); });
+    return silently([=](SimulationControl& control) { control.kick(x, y); });
 }
 
 Action parseVibration(const Words& words)
@@ -116,40 +116,40 @@ Action parseVibration(const Words& words)
     if (words[2] == "off") {
         if (words.size() > 3)
             refuse("nothing after off", words[3]);
-        return silently([=](Control& control) { control.setVibration(line, 0, 0, 0); });
+        return silently([=](SimulationControl& control) { control.setVibration(line, 0, 0, 0); });
     }
     const double frequency = numberOf(words[2], "the frequency", lowestFrequency, physicsRate / 2.0);
     if (words.size() < 4)
         throw InputError("an amplitude is missing");
     const double x = amplitude(words[3], "the amplitude");
     const double y = words.size() > 4 ? amplitude(words[4], "the amplitude in y") : x;
-    return silently([=](Control& control) { control.setVibration(line, frequency, x, y); });
+    return silently([=](SimulationControl& control) { control.setVibration(line, frequency, x, y); });
 }
 
 Action parseNoise(const Words& words)
 {
     const double position = amplitude(words[1], "the noise");
     const double amps = words.size() > 2 ? numberOf(words[2], "the current noise", 0, largestCurrentNoise) : -1;
-    return silently([=](Control& control) {
+    return silently([=](SimulationControl& control) {
         control.setNoise(position, amps < 0 ? control.state().currentNoiseAmps : amps);
     });
 }
 
 Action parseQuiet(const Words&)
 {
-    return silently([](Control& control) { control.quietBeam(); });
+    return silently([](SimulationControl& control) { control.quietBeam(); });
 }
 
 Action parsePlug(const Words& words)
 {
-    return silently([port = port(words[1]), code = productCode(words[2])](Control& control) {
+    return silently([port = port(words[1]), code = productCode(words[2])](SimulationControl& control) {
         control.plug(port, code);
     });
 }
 
 Action parseUnplug(const Words& words)
 {
-    return silently([port = port(words[1])](Control& control) { control.plug(port, 0); });
+    return silently([port = port(words[1])](SimulationControl& control) { control.plug(port, 0); });
 }
 
 Action parseCable(const Words& words)
@@ -160,13 +160,13 @@ Action parseCable(const Words& words)
         channels[electrode] = wholeNumberOf(words[2 + electrode], "a channel", 0, 4) - 1;
     if (!ElectrodeCables().connect(channels))
         throw InputError("two cables cannot share a channel");
-    return silently([=](Control& control) { control.connectCables(bpm, channels); });
+    return silently([=](SimulationControl& control) { control.connectCables(bpm, channels); });
 }
 
 template <bool present>
 Action parseDeviceFile(const Words& words)
 {
-    return silently([path = devicePath(words[1])](Control& control) { control.setDevicePresent(path, present); });
+    return silently([path = devicePath(words[1])](SimulationControl& control) { control.setDevicePresent(path, present); });
 }
 
 int failureCount(const std::string& text)
@@ -185,7 +185,7 @@ Action parseFail(const Words& words)
     if (!isOperation(words[1].c_str()))
         throw InputError("the control library has no function " + quoted(words[1]));
     const int times = words.size() > 2 ? failureCount(words[2]) : 1;
-    return silently([name = words[1], times](Control& control) { control.failFunction(name.c_str(), times); });
+    return silently([name = words[1], times](SimulationControl& control) { control.failFunction(name.c_str(), times); });
 }
 
 Action parseBlocks(const Words& words)
@@ -194,15 +194,15 @@ Action parseBlocks(const Words& words)
         if (words.size() < 3)
             throw InputError("the number of missing records is missing");
         const int missing = wholeNumberOf(words[2], "the number of missing records", 1, DisplayStream::largestBlock);
-        return silently([=](Control& control) { control.truncateBlocks(missing); });
+        return silently([=](SimulationControl& control) { control.truncateBlocks(missing); });
     }
     if (words.size() > 2)
         refuse("nothing after the kind of blocks", words[2]);
     if (words[1] == "garbage")
-        return silently([](Control& control) { control.setGarbageBlocks(true); });
+        return silently([](SimulationControl& control) { control.setGarbageBlocks(true); });
     if (words[1] != "good")
         refuse("good, short or garbage", words[1]);
-    return silently([](Control& control) {
+    return silently([](SimulationControl& control) {
         control.truncateBlocks(0);
         control.setGarbageBlocks(false);
     });
@@ -210,7 +210,7 @@ Action parseBlocks(const Words& words)
 
 Action parseRepair(const Words&)
 {
-    return silently([](Control& control) {
+    return silently([](SimulationControl& control) {
         for (const auto& failure : control.state().failing)
             control.failFunction(failure.first.c_str(), 0);
         for (const char* path : devicePaths)
@@ -222,21 +222,21 @@ Action parseRepair(const Words&)
 
 Action parseReset(const Words&)
 {
-    return silently([](Control& control) { control.reset(); });
+    return silently([](SimulationControl& control) { control.reset(); });
 }
 
 Action parseTime(const Words&)
 {
-    return [](Control& control) { return textOf(control.time()) + '\n'; };
+    return [](SimulationControl& control) { return textOf(control.time()) + '\n'; };
 }
 
 Action parseStatus(const Words& words)
 {
     if (words.size() == 1)
-        return [](Control& control) { return statusText(control.state()); };
+        return [](SimulationControl& control) { return statusText(control.state()); };
     if (words[1] != "--json")
         refuse("--json", words[1]);
-    return [](Control& control) { return statusJson(control.state()); };
+    return [](SimulationControl& control) { return statusJson(control.state()); };
 }
 
 struct Verb {

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "simulation/Control.h"
-#include "simulation/console/Words.h"
+#include "simulation/SimulationControl.h"
+#include "simulation/console/CommandLine.h"
 
 #include <functional>
 
 namespace kora::simulation {
 
 /// What a command does to the installation; returns what it answers, empty or whole lines.
-using Action = std::function<std::string(Control&)>;
+using Action = std::function<std::string(SimulationControl&)>;
 
 /// Reads one command of the training console. Takes no installation: the console checks input before it looks for one.
 /// @throw InputError

@@ -3,7 +3,7 @@
 #include "simulation/Installation.h"
 #include "simulation/console/Commands.h"
 #include "simulation/console/InputError.h"
-#include "simulation/console/MeetingPlace.h"
+#include "simulation/console/SocketDirectory.h"
 #include "simulation/console/Protocol.h"
 
 #include <pthread.h>
@@ -148,7 +148,7 @@ bool startThread()
 void startListening() noexcept
 {
     try {
-        const std::string folder = meetingFolder();
+        const std::string folder = socketFolder();
         listener = folder.empty() ? -1 : newSocket();
         if (listener >= 0 && openSocket(folder) && pthread_atfork(nullptr, nullptr, forgetInChild) == 0
             && startThread())

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulation/console/MeetingPlace.h"
+#include "simulation/console/SocketDirectory.h"
 
 #include <optional>
 #include <stdexcept>

@@ -1,4 +1,4 @@
-#include "simulation/console/MeetingPlace.h"
+#include "simulation/console/SocketDirectory.h"
 
 #include <dirent.h>
 #include <sys/socket.h>
@@ -83,7 +83,7 @@ int withAddress(int fd, const std::string& path, Call call)
 
 } // namespace
 
-std::string meetingFolder()
+std::string socketFolder()
 {
     for (const std::string& folder : candidateFolders()) {
         mkdir(folder.c_str(), 0700);
@@ -101,7 +101,7 @@ std::string socketPath(const std::string& folder, pid_t pid)
 std::vector<RunningSimulation> runningSimulations()
 {
     std::vector<RunningSimulation> found;
-    const std::string folder = meetingFolder();
+    const std::string folder = socketFolder();
     const std::unique_ptr<DIR, FolderCloser> directory(folder.empty() ? nullptr : opendir(folder.c_str()));
     if (!directory)
         return found;

@@ -10,7 +10,7 @@ namespace kora::simulation {
 /// The folder where the sockets of this user's simulations lie, one a process: kora-simulation in $XDG_RUNTIME_DIR,
 /// else /tmp/kora-simulation-UID. Nobody else can enter it. Makes it where it is missing.
 /// @return empty when neither can be made or trusted
-std::string meetingFolder();
+std::string socketFolder();
 std::string socketPath(const std::string& folder, pid_t pid);
 
 struct RunningSimulation {

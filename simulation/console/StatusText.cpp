@@ -1,7 +1,7 @@
 #include "simulation/console/StatusText.h"
 
 #include "simulation/Installation.h"
-#include "simulation/console/Words.h"
+#include "simulation/console/CommandLine.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "simulation/CurrentAmplifier.h"
+#include "simulation/detectors/CurrentAmplifier.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "simulation/HighVoltage.h"
-#include "simulation/NormalNoise.h"
-#include "simulation/QuadrantDetector.h"
+#include "simulation/detectors/HighVoltage.h"
+#include "simulation/beam/NormalNoise.h"
+#include "simulation/detectors/QuadrantDetector.h"
 
 namespace kora::simulation {
 

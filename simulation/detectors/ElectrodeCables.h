@@ -1,7 +1,7 @@
 #pragma once
 
 #include "simulation/InstallationState.h"
-#include "simulation/QuadrantDetector.h"
+#include "simulation/detectors/QuadrantDetector.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "simulation/HighVoltage.h"
+#include "simulation/detectors/HighVoltage.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "simulation/PositionMonitor.h"
+#include "simulation/detectors/PositionMonitor.h"
 
 #include <algorithm>
 #include <cmath>

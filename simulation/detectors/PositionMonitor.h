@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulation/Crossbar.h"
+#include "simulation/processor/Crossbar.h"
 
 namespace kora::simulation {
 

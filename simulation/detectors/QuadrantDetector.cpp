@@ -1,4 +1,4 @@
-#include "simulation/QuadrantDetector.h"
+#include "simulation/detectors/QuadrantDetector.h"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
-#include "simulation/FunctionGenerator.h"
+#include "simulation/outputs/FunctionGenerator.h"
 
-#include "simulation/Rates.h"
+#include "simulation/processor/Rates.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulation/Oscillator.h"
+#include "simulation/beam/Oscillator.h"
 
 namespace kora::simulation {
 

@@ -1,4 +1,4 @@
-#include "simulation/OutputUnit.h"
+#include "simulation/outputs/OutputUnit.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulation/FeedbackLoops.h"
-#include "simulation/FunctionGenerator.h"
+#include "simulation/processor/FeedbackLoops.h"
+#include "simulation/outputs/FunctionGenerator.h"
 
 namespace kora::simulation {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulation/QuadrantDetector.h"
+#include "simulation/detectors/QuadrantDetector.h"
 
 namespace kora::simulation {
 

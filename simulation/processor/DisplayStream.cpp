@@ -1,6 +1,6 @@
-#include "simulation/DisplayStream.h"
+#include "simulation/processor/DisplayStream.h"
 
-#include "simulation/Rates.h"
+#include "simulation/processor/Rates.h"
 
 #include <algorithm>
 #include <cstring>

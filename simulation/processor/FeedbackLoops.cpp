@@ -1,4 +1,4 @@
-#include "simulation/FeedbackLoops.h"
+#include "simulation/processor/FeedbackLoops.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "hardware/koralink.h"
-#include "simulation/Interlock.h"
-#include "simulation/PidController.h"
-#include "simulation/PositionFilter.h"
+#include "simulation/processor/Interlock.h"
+#include "simulation/processor/PidController.h"
+#include "simulation/processor/PositionFilter.h"
 
 namespace kora::simulation {
 

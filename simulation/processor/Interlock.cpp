@@ -1,4 +1,4 @@
-#include "simulation/Interlock.h"
+#include "simulation/processor/Interlock.h"
 
 #include <cmath>
 

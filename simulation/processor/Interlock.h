@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulation/PositionMonitor.h"
+#include "simulation/detectors/PositionMonitor.h"
 
 namespace kora::simulation {
 

@@ -1,4 +1,4 @@
-#include "simulation/PidController.h"
+#include "simulation/processor/PidController.h"
 
 #include <algorithm>
 #include <cmath>

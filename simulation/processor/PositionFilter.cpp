@@ -1,4 +1,4 @@
-#include "simulation/PositionFilter.h"
+#include "simulation/processor/PositionFilter.h"
 
 #include <algorithm>
 #include <cmath>

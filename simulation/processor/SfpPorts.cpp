@@ -1,4 +1,4 @@
-#include "simulation/SfpPorts.h"
+#include "simulation/processor/SfpPorts.h"
 
 namespace kora::simulation {
 

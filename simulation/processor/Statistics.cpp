@@ -1,4 +1,4 @@
-#include "simulation/Statistics.h"
+#include "simulation/processor/Statistics.h"
 
 #include <algorithm>
 #include <cmath>

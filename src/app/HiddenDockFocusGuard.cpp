@@ -1,8 +1,8 @@
-#include "app/DockTabFocus.h"
+#include "app/HiddenDockFocusGuard.h"
 
 #include <QDockWidget>
 
-DockTabFocus::DockTabFocus(QDockWidget* dock) : QObject(dock)
+HiddenDockFocusGuard::HiddenDockFocusGuard(QDockWidget* dock) : QObject(dock)
 {
     for (QWidget* widget : dock->widget()->findChildren<QWidget*>()) {
         if (widget->focusPolicy() & Qt::TabFocus)
@@ -11,7 +11,7 @@ DockTabFocus::DockTabFocus(QDockWidget* dock) : QObject(dock)
     connect(dock, SIGNAL(visibilityChanged(bool)), this, SLOT(setReachable(bool)));
 }
 
-void DockTabFocus::setReachable(bool reachable)
+void HiddenDockFocusGuard::setReachable(bool reachable)
 {
     for (QWidget* field : fields) {
         const int policy = field->focusPolicy();

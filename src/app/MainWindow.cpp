@@ -1,6 +1,6 @@
 #include "app/MainWindow.h"
 
-#include "app/DockTabFocus.h"
+#include "app/HiddenDockFocusGuard.h"
 #include "app/Globals.h"
 #include "app/TabOrder.h"
 #include "feedback/WidgetFeedbackControl.h"
@@ -258,7 +258,7 @@ void MainWindow::orderFields()
     orderTabKey({graphXY1, graphXY2, feedbackControl, graphFFT, graphCurrents1, graphCurrents2, graphDAC, graphPosX,
                  graphPosY, graphInt});
     for (QDockWidget* dock : findChildren<QDockWidget*>())
-        new DockTabFocus(dock);
+        new HiddenDockFocusGuard(dock);
 }
 
 void MainWindow::initialiseFeedbackControl()

@@ -1,16 +1,16 @@
-#include "feedback/FocusedWheel.h"
+#include "feedback/WheelNeedsFocus.h"
 
 #include <QEvent>
 #include <QWidget>
 
-FocusedWheel::FocusedWheel(QWidget* field) : QObject(field), field(field)
+WheelNeedsFocus::WheelNeedsFocus(QWidget* field) : QObject(field), field(field)
 {
     // The wheel alone must not give the focus either.
     field->setFocusPolicy(Qt::StrongFocus);
     field->installEventFilter(this);
 }
 
-bool FocusedWheel::eventFilter(QObject* object, QEvent* event)
+bool WheelNeedsFocus::eventFilter(QObject* object, QEvent* event)
 {
     if (event->type() != QEvent::Wheel || field->hasFocus())
         return QObject::eventFilter(object, event);

@@ -6,12 +6,12 @@ class QWidget;
 
 /// Lets a field follow the mouse wheel only while it has the focus, so that scrolling the page that it stands on
 /// does not change what the pointer passes. A child of the field. GUI thread.
-class FocusedWheel : public QObject
+class WheelNeedsFocus : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit FocusedWheel(QWidget* field);
+    explicit WheelNeedsFocus(QWidget* field);
 
     bool eventFilter(QObject* object, QEvent* event) override;
 

@@ -1,7 +1,7 @@
 #include "feedback/WidgetFeedbackControl.h"
 
 #include "app/Globals.h"
-#include "feedback/FocusedWheel.h"
+#include "feedback/WheelNeedsFocus.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/LoopConfiguration.h"
 #include "hardware/MailboxComm.h"
@@ -65,11 +65,11 @@ WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent)
     findFields();
     showStoredOutputs();
     for (int loop = 0; loop < loops; ++loop) {
-        new FocusedWheel(outputs[loop]);
-        new FocusedWheel(sources[loop]);
+        new WheelNeedsFocus(outputs[loop]);
+        new WheelNeedsFocus(sources[loop]);
     }
-    new FocusedWheel(ui->posXDoubleSpinBox);
-    new FocusedWheel(ui->posYDoubleSpinBox);
+    new WheelNeedsFocus(ui->posXDoubleSpinBox);
+    new WheelNeedsFocus(ui->posYDoubleSpinBox);
     // The page titles have no mnemonics: let the Tab key come to them.
     for (QAbstractButton* title : ui->toolBox->findChildren<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly))
         title->setFocusPolicy(Qt::TabFocus);

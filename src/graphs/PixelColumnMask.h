@@ -8,10 +8,10 @@
 #include <vector>
 
 /// Which pixels of a rectangle are inked: a row of bits for each column.
-class InkColumns
+class PixelColumnMask
 {
 public:
-    explicit InkColumns(const QRect& area)
+    explicit PixelColumnMask(const QRect& area)
         : area(area), wordsPerColumn((area.height() + wordBits - 1) / wordBits),
           words(std::size_t(std::max(area.width(), 0)) * std::size_t(wordsPerColumn))
     {

@@ -1,14 +1,14 @@
-#include "graphs/PlotDress.h"
+#include "graphs/PlotTheme.h"
 
 #include <qcustomplot.h>
 
-void plot_dress::drawPlain(QCustomPlot* plot)
+void plot_theme::drawPlain(QCustomPlot* plot)
 {
     plot->setNoAntialiasingOnDrag(true);
     plot->setNotAntialiasedElements(QCP::aeAll);
 }
 
-void plot_dress::setGradient(QCustomPlot* plot, double height)
+void plot_theme::setGradient(QCustomPlot* plot, double height)
 {
     QLinearGradient gradient(0, 0, 0, height);
     gradient.setColorAt(0, QColor(100, 100, 100));
@@ -16,7 +16,7 @@ void plot_dress::setGradient(QCustomPlot* plot, double height)
     plot->setBackground(QBrush(gradient));
 }
 
-void plot_dress::whiten(QCPAxis* axis)
+void plot_theme::whiten(QCPAxis* axis)
 {
     const QPen white(Qt::white, 1.0);
     axis->setLabelColor(Qt::white);
@@ -26,14 +26,14 @@ void plot_dress::whiten(QCPAxis* axis)
     axis->setSubTickPen(white);
 }
 
-void plot_dress::showLegend(QCustomPlot* plot)
+void plot_theme::showLegend(QCustomPlot* plot)
 {
     plot->legend->setVisible(true);
     plot->legend->setTextColor(Qt::white);
     plot->legend->setBrush(QColor(10, 10, 10));
 }
 
-void plot_dress::allowVerticalZoomAndSelection(QCustomPlot* plot)
+void plot_theme::allowVerticalZoomAndSelection(QCustomPlot* plot)
 {
     plot->setInteractions(QCP::iRangeDrag | QCP::iRangeZoom | QCP::iSelectPlottables | QCP::iSelectAxes |
                           QCP::iSelectLegend);

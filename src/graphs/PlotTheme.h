@@ -4,7 +4,7 @@ class QCPAxis;
 class QCustomPlot;
 
 /// The common look of the plots: dark background, white axes, dark legend.
-namespace plot_dress {
+namespace plot_theme {
 
 /// Height of the gradient until the plot is first resized, pixels.
 constexpr double firstGradientHeight = 200;
@@ -25,4 +25,4 @@ void showLegend(QCustomPlot* plot);
 /// Dragging and zooming of ranges, zooming in the vertical direction only; selection of traces, axes and legend.
 void allowVerticalZoomAndSelection(QCustomPlot* plot);
 
-} // namespace plot_dress
+} // namespace plot_theme

@@ -1,6 +1,6 @@
 #include "graphs/TraceGraph.h"
 
-#include "graphs/StrokeColumns.h"
+#include "graphs/WideLineRasterizer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -146,7 +146,7 @@ void TraceGraph::drawLinePlot(QCPPainter* painter, const QVector<QPointF>& lines
     painter->setPen(Qt::NoPen);
     painter->setBrush(pen.color());
     for (const QVector<QPointF>& part : finiteParts(lines, scale))
-        painter->drawRects(strokeColumns(part.constData(), part.size(), pen.widthF() * scale, deviceClip));
+        painter->drawRects(rasterizeWideLine(part.constData(), part.size(), pen.widthF() * scale, deviceClip));
     painter->restore();
 }
 

@@ -1,6 +1,6 @@
-#include "graphs/StrokeColumns.h"
+#include "graphs/WideLineRasterizer.h"
 
-#include "graphs/InkColumns.h"
+#include "graphs/PixelColumnMask.h"
 
 #include <algorithm>
 #include <cmath>
@@ -54,7 +54,7 @@ private:
 
     double half;
     QRect clip;
-    InkColumns ink;
+    PixelColumnMask ink;
     QPointF previousAlong;
     QPointF previousAcross;
     bool hasPrevious = false;
@@ -88,7 +88,7 @@ void Strokes::addConvex(const QPointF* corners, int count)
 
 } // namespace
 
-QVector<QRect> strokeColumns(const QPointF* points, int count, double width, const QRect& clip)
+QVector<QRect> rasterizeWideLine(const QPointF* points, int count, double width, const QRect& clip)
 {
     Strokes strokes(width, clip);
     for (int point = 1; point < count; ++point)

@@ -12,4 +12,4 @@
 /// @param width of the stroke, pixels
 /// @param clip pixels outside are left out
 /// @return rectangles one pixel wide that do not overlap, in an order of no meaning
-QVector<QRect> strokeColumns(const QPointF* points, int count, double width, const QRect& clip);
+QVector<QRect> rasterizeWideLine(const QPointF* points, int count, double width, const QRect& clip);

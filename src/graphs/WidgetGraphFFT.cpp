@@ -2,7 +2,7 @@
 
 #include "app/Globals.h"
 #include "graphs/ClickedPlace.h"
-#include "graphs/PlotDress.h"
+#include "graphs/PlotTheme.h"
 #include "graphs/PlotRedraw.h"
 #include "graphs/SpectrumSignals.h"
 #include "graphs/TraceGraph.h"
@@ -43,17 +43,17 @@ void setScale(QCPAxis* axis, bool logarithmic)
 WidgetGraphFFT::WidgetGraphFFT(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::WidgetGraphFFT>())
 {
     ui->setupUi(this);
-    plot_dress::drawPlain(ui->graph);
+    plot_theme::drawPlain(ui->graph);
     plotRedraw = new PlotRedraw(ui->graph);
     trace = new TraceGraph(ui->graph->xAxis, ui->graph->yAxis);
     trace->setPen(QPen(QColor(250, 250, 135, 240), tracePenWidth));
     buildAxes();
     fftSelectorChanged(ui->selectorComboBox->currentText());
     connectAll();
-    plot_dress::setGradient(ui->graph, plot_dress::firstGradientHeight);
-    plot_dress::whiten(ui->graph->xAxis);
-    plot_dress::whiten(ui->graph->yAxis);
-    plot_dress::allowVerticalZoomAndSelection(ui->graph);
+    plot_theme::setGradient(ui->graph, plot_theme::firstGradientHeight);
+    plot_theme::whiten(ui->graph->xAxis);
+    plot_theme::whiten(ui->graph->yAxis);
+    plot_theme::allowVerticalZoomAndSelection(ui->graph);
 }
 
 WidgetGraphFFT::~WidgetGraphFFT() = default;
@@ -125,5 +125,5 @@ void WidgetGraphFFT::fftSelectorChanged(QString selector)
 void WidgetGraphFFT::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    plot_dress::setGradient(ui->graph, ui->graph->height());
+    plot_theme::setGradient(ui->graph, ui->graph->height());
 }

@@ -1,7 +1,7 @@
 #include "graphs/WidgetGraphTime.h"
 
 #include "app/Globals.h"
-#include "graphs/PlotDress.h"
+#include "graphs/PlotTheme.h"
 #include "graphs/PlotRedraw.h"
 #include "graphs/TraceGraph.h"
 #include "stream/DisplayRecord.h"
@@ -19,13 +19,13 @@ WidgetGraphTime::~WidgetGraphTime() = default;
 void WidgetGraphTime::build(const TimeGraphTraits& traits, int channels)
 {
     channelCount = qBound(0, channels, TimeGraphTraits::maxChannels);
-    plot_dress::drawPlain(ui->graph);
+    plot_theme::drawPlain(ui->graph);
     buildCheckBoxes(traits);
     buildTraces(traits);
-    plot_dress::setGradient(ui->graph, plot_dress::firstGradientHeight);
-    plot_dress::showLegend(ui->graph);
+    plot_theme::setGradient(ui->graph, plot_theme::firstGradientHeight);
+    plot_theme::showLegend(ui->graph);
     buildAxes();
-    plot_dress::allowVerticalZoomAndSelection(ui->graph);
+    plot_theme::allowVerticalZoomAndSelection(ui->graph);
 }
 
 void WidgetGraphTime::buildCheckBoxes(const TimeGraphTraits& traits)
@@ -68,8 +68,8 @@ void WidgetGraphTime::buildAxes()
 {
     ui->graph->xAxis->setLabel(QStringLiteral("xLabel"));
     ui->graph->yAxis->setLabel(QStringLiteral("yLabel"));
-    plot_dress::whiten(ui->graph->xAxis);
-    plot_dress::whiten(ui->graph->yAxis);
+    plot_theme::whiten(ui->graph->xAxis);
+    plot_theme::whiten(ui->graph->yAxis);
     ui->graph->yAxis->setNumberFormat(QStringLiteral("e"));
     ui->graph->yAxis->setNumberPrecision(5);
 }
@@ -123,5 +123,5 @@ void WidgetGraphTime::hideBoxes(bool first, bool second)
 void WidgetGraphTime::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    plot_dress::setGradient(ui->graph, ui->graph->height());
+    plot_theme::setGradient(ui->graph, ui->graph->height());
 }

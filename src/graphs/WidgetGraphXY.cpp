@@ -2,7 +2,7 @@
 
 #include "app/Globals.h"
 #include "graphs/ClickedPlace.h"
-#include "graphs/PlotDress.h"
+#include "graphs/PlotTheme.h"
 #include "graphs/PlotRedraw.h"
 #include "graphs/TraceGraph.h"
 #include "hardware/ConfigFile.h"
@@ -41,12 +41,12 @@ WidgetGraphXY::WidgetGraphXY(int bpmIndex, QWidget* parent)
     : QWidget(parent), bpmIndex(bpmIndex), ui(std::make_unique<Ui::WidgetGraphXY>())
 {
     ui->setupUi(this);
-    plot_dress::drawPlain(ui->graph);
+    plot_theme::drawPlain(ui->graph);
     plotRedraw = new PlotRedraw(ui->graph);
     buildGraphs();
     buildLimits();
     buildAxes();
-    plot_dress::setGradient(ui->graph, ui->graph->height());
+    plot_theme::setGradient(ui->graph, ui->graph->height());
     ui->graph->setInteractions(QCP::iRangeZoom);
 
     connect(ui->resetZoomButton, SIGNAL(released()), this, SLOT(resetZoom()));
@@ -84,8 +84,8 @@ void WidgetGraphXY::buildAxes()
 {
     ui->graph->xAxis->setLabel(QStringLiteral("Horizontal position [um]"));
     ui->graph->yAxis->setLabel(QStringLiteral("Vertical position [um]"));
-    plot_dress::whiten(ui->graph->xAxis);
-    plot_dress::whiten(ui->graph->yAxis);
+    plot_theme::whiten(ui->graph->xAxis);
+    plot_theme::whiten(ui->graph->yAxis);
 }
 
 QCPDataMap* WidgetGraphXY::dataMap()
@@ -213,5 +213,5 @@ void WidgetGraphXY::drawHorizontalLine(double y)
 void WidgetGraphXY::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    plot_dress::setGradient(ui->graph, ui->graph->height());
+    plot_theme::setGradient(ui->graph, ui->graph->height());
 }

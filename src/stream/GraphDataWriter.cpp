@@ -1,4 +1,4 @@
-#include "stream/MapFill.h"
+#include "stream/GraphDataWriter.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "stream/Spectrum.h"
 
-#include "stream/MapFill.h"
+#include "stream/GraphDataWriter.h"
 #include "stream/Updater.h"
-#include "stream/WindowDecoder.h"
+#include "stream/TraceDecoder.h"
 
 #include <fftw3.h>
 

@@ -1,6 +1,6 @@
-#include "stream/WindowDecoder.h"
+#include "stream/TraceDecoder.h"
 
-#include "stream/MapFill.h"
+#include "stream/GraphDataWriter.h"
 
 #include <algorithm>
 

@@ -7,7 +7,7 @@
 #include "stream/MissingStream.h"
 #include "stream/Spectrum.h"
 #include "stream/TraceTable.h"
-#include "stream/WindowDecoder.h"
+#include "stream/TraceDecoder.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "tools/SixDigits.h"
+#include "tools/FormatG6.h"
 
 #include <QString>
 
@@ -68,7 +68,7 @@ char* writeDecimalForm(char* out, const char* text, int count, int exponent)
 
 } // namespace
 
-char* writeSixDigits(char* out, double value)
+char* formatG6(char* out, double value)
 {
     const double magnitude = std::fabs(value);
     // Zeros, infinities and what is not a number go to Qt too.

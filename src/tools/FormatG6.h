@@ -1,10 +1,10 @@
 #pragma once
 
 /// Room that one number needs at most.
-constexpr int sixDigitsRoom = 16;
+constexpr int formatG6Room = 16;
 
 /// Writes a number with six significant digits, byte for byte as QString::number(value, 'g', 6) does, in
 /// about a tenth of its time. Any thread.
-/// @param out room for sixDigitsRoom characters; nothing is terminated
+/// @param out room for formatG6Room characters; nothing is terminated
 /// @return behind the last character
-char* writeSixDigits(char* out, double value);
+char* formatG6(char* out, double value);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/GridAxes.h"
+#include "tools/rocking/GridAxes.h"
 
 #include <QGLWidget>
 

@@ -1,4 +1,4 @@
-#include "tools/ServeEvents.h"
+#include "tools/PendingEvents.h"
 
 #include <QApplication>
 #include <QEventLoop>
@@ -23,7 +23,7 @@ bool applicationIsQuitting()
 
 } // namespace
 
-bool serveEvents(const QWidget* window)
+bool processPendingEvents(const QWidget* window)
 {
     const QPointer<const QWidget> guard(window);
     QCoreApplication::processEvents();

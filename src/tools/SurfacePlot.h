@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/SurfaceGeometry.h"
+#include "tools/rocking/SurfaceGeometry.h"
 
 #include <QObject>
 

@@ -1,16 +1,16 @@
 #include "tools/WindowFrequencyAnalysis.h"
 
 #include "app/Globals.h"
-#include "graphs/PlotDress.h"
+#include "graphs/PlotTheme.h"
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceFile.h"
 #include "stream/DeviceRecords.h"
 #include "stream/MissingStream.h"
-#include "tools/Demodulation.h"
-#include "tools/FrequencyCsv.h"
-#include "tools/FrequencySweep.h"
+#include "tools/frequency/Demodulation.h"
+#include "tools/frequency/FrequencyCsv.h"
+#include "tools/frequency/FrequencySweep.h"
 #include "tools/Pause.h"
-#include "tools/ServeEvents.h"
+#include "tools/PendingEvents.h"
 
 #include "ui_WindowFrequencyAnalysis.h"
 
@@ -68,11 +68,11 @@ int selectedBpm(bool axisX)
 
 void dressPlot(QCustomPlot* plot, const char* valueLabel)
 {
-    plot_dress::drawPlain(plot);
-    plot_dress::setGradient(plot, plot_dress::firstGradientHeight);
-    plot_dress::allowVerticalZoomAndSelection(plot);
+    plot_theme::drawPlain(plot);
+    plot_theme::setGradient(plot, plot_theme::firstGradientHeight);
+    plot_theme::allowVerticalZoomAndSelection(plot);
     for (QCPAxis* axis : {plot->xAxis, plot->yAxis}) {
-        plot_dress::whiten(axis);
+        plot_theme::whiten(axis);
         axis->grid()->setSubGridVisible(true);
         // Fainter than the traces, on the light and on the dark end of the background.
         axis->grid()->setPen(QPen(QColor(255, 255, 255, 110), 1.0, Qt::DotLine));
@@ -334,7 +334,7 @@ void WindowFrequencyAnalysis::measurePoints(const Sweep& sweep, DeviceFile& stre
     for (int i = 0; i < length && !stopRequested; ++i) {
         phase = measurePoint(sweep, stream, block, i, phase);
         ui->progressBar->setValue(frequency_sweep::percent(i + 1, length));
-        const bool goesOn = serveEvents(this);
+        const bool goesOn = processPendingEvents(this);
         // Without a stream the sweep itself told the program to quit, and carries on.
         if (!self || (!goesOn && stream.isOpen()))
             return;

@@ -6,7 +6,7 @@
 #include "stream/DeviceRecords.h"
 #include "tools/DialogKeys.h"
 #include "tools/Pause.h"
-#include "tools/ServeEvents.h"
+#include "tools/PendingEvents.h"
 #include "ui_WindowRocking3D.h"
 
 #include <QDateTime>
@@ -89,16 +89,16 @@ void WindowRocking3D::measure()
 
     const QPointer<WindowRocking3D> self(this);
     walking = true;
-    for (int point = 0; point < surface_walk::points; ++point) {
-        setOutputs(outputUnit, surface_walk::lineVolts(point / surface_walk::side, xStart, xSpan),
-                   surface_walk::lineVolts(point % surface_walk::side, yStart, ySpan));
+    for (int point = 0; point < grid_scan::points; ++point) {
+        setOutputs(outputUnit, grid_scan::lineVolts(point / grid_scan::side, xStart, xSpan),
+                   grid_scan::lineVolts(point % grid_scan::side, yStart, ySpan));
         pauseMicroseconds(stepMicroseconds);
         rawCurrent[point] = averagedSum(amplifier, stepMicroseconds);
-        surface_walk::normalise(rawCurrent, normalisedCurrent);
-        ui->graph3D->setData(normalisedCurrent, surface_walk::side, surface_walk::side);
+        grid_scan::normalise(rawCurrent, normalisedCurrent);
+        ui->graph3D->setData(normalisedCurrent, grid_scan::side, grid_scan::side);
         ui->graph3D->update();
         pauseMicroseconds(stepMicroseconds);
-        if (!serveEvents(this) || stopRequested)
+        if (!processPendingEvents(this) || stopRequested)
             break;
     }
     mailbox->setOutputMux(1);
@@ -119,7 +119,7 @@ void WindowRocking3D::closeEvent(QCloseEvent*)
 QString WindowRocking3D::fileHeader() const
 {
     // The capitals are no format letters: the files carry the two letters "DD" in place of the day.
-    return surface_walk::header(QDateTime::currentDateTime().toString(QStringLiteral("hh:mm:ss DD.MM.yyyy")),
+    return grid_scan::header(QDateTime::currentDateTime().toString(QStringLiteral("hh:mm:ss DD.MM.yyyy")),
                                 QHostInfo::localHostName());
 }
 
@@ -139,5 +139,5 @@ void WindowRocking3D::saveData()
         return;
     QTextStream stream(&file);
     stream << fileHeader();
-    surface_walk::writeRows(stream, {xStart, xSpan, yStart, ySpan}, rawCurrent);
+    grid_scan::writeRows(stream, {xStart, xSpan, yStart, ySpan}, rawCurrent);
 }

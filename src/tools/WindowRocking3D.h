@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/SurfaceWalk.h"
+#include "tools/rocking/GridScan.h"
 
 #include <QDialog>
 
@@ -42,9 +42,9 @@ private:
 
     std::unique_ptr<Ui::WindowRocking3D> ui;
     /// Averaged current sums, A, that of the grid lines (i, j) at i * 64 + j.
-    float rawCurrent[surface_walk::points] = {};
+    float rawCurrent[grid_scan::points] = {};
     /// The same scaled to 0 to 1.
-    float normalisedCurrent[surface_walk::points] = {};
+    float normalisedCurrent[grid_scan::points] = {};
     double xStart = 0;
     double xSpan = 0;
     double yStart = 0;

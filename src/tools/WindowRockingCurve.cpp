@@ -1,7 +1,7 @@
 #include "tools/WindowRockingCurve.h"
 
 #include "app/Globals.h"
-#include "graphs/PlotDress.h"
+#include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/MailboxComm.h"
@@ -10,7 +10,7 @@
 #include "tools/DialogKeys.h"
 #include "tools/Pause.h"
 #include "tools/PidOffset.h"
-#include "tools/ServeEvents.h"
+#include "tools/PendingEvents.h"
 #include "ui_WindowRockingCurve.h"
 
 #include <cmath>
@@ -91,12 +91,12 @@ void WindowRockingCurve::dressPlot()
 {
     QCustomPlot* plot = ui->graph;
     plot->setBackground(QBrush(Qt::darkGray));
-    plot_dress::drawPlain(plot);
+    plot_theme::drawPlain(plot);
     plot->xAxis->setLabel(QStringLiteral(" Output voltage [V] "));
     plot->xAxis->setRange(4, 6);
     plot->yAxis->setLabel(QStringLiteral(" Input current [A] "));
     plot->yAxis->setRange(-0.00015, 0.00015);
-    plot_dress::showLegend(plot);
+    plot_theme::showLegend(plot);
     plot->setInteractions(QCP::iRangeDrag | QCP::iRangeZoom);
     for (const TraceLook& look : traceLooks) {
         const auto& c = look.rgba;
@@ -166,7 +166,7 @@ void WindowRockingCurve::startMeasurement()
         showPoint(volts, currents.channel(traces.channel[0]), currents.channel(traces.channel[1]));
         ui->progressBar->setValue((i + 1) * 100 / points);
         pauseMicroseconds(pause);
-        if (!serveEvents(this))
+        if (!processPendingEvents(this))
             break;
     }
     mailbox->setOutputMux(1);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/RockingScan.h"
+#include "tools/rocking/RockingScan.h"
 
 #include <QDialog>
 

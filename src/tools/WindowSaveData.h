@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/SaveDataLines.h"
+#include "tools/savedata/SaveDataLines.h"
 
 #include <QDialog>
 

@@ -1,7 +1,7 @@
 #include "tools/WindowStepResponse.h"
 
 #include "app/Globals.h"
-#include "graphs/PlotDress.h"
+#include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/MailboxComm.h"
@@ -132,7 +132,7 @@ void WindowStepResponse::dressPlot()
     gradient.setColorAt(0, QColor(250, 250, 250));
     gradient.setColorAt(1, QColor(220, 220, 220));
     plot->setBackground(QBrush(gradient));
-    plot_dress::drawPlain(plot);
+    plot_theme::drawPlain(plot);
     plot->yAxis2->setVisible(true);
 
     auto* stimulus = new TraceGraph(plot->xAxis, plot->yAxis);

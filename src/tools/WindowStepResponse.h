@@ -2,7 +2,7 @@
 
 #include "stream/DeviceRecords.h"
 #include "stream/PlotData.h"
-#include "tools/StepAnalysis.h"
+#include "tools/step/StepAnalysis.h"
 
 #include <QDialog>
 

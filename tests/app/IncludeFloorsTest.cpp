@@ -208,11 +208,11 @@ private slots:
         QTest::newRow("library") << "hardware/koralink.h" << int(Records);
         QTest::newRow("gateway") << "hardware/MailboxComm.cpp" << int(HardwareAccess);
         QTest::newRow("decoder") << "stream/Updater.h" << int(HardwareAccess);
-        QTest::newRow("part of the decoder") << "stream/WindowDecoder.h" << int(HardwareAccess);
+        QTest::newRow("part of the decoder") << "stream/TraceDecoder.h" << int(HardwareAccess);
         QTest::newRow("graph") << "graphs/WidgetGraphXY.cpp" << int(Widgets);
         QTest::newRow("panel") << "support/WidgetPico.h" << int(Widgets);
         QTest::newRow("window") << "support/WindowPico.h" << int(Windows);
-        QTest::newRow("part of the log window") << "logging/LogTableView.h" << int(Widgets);
+        QTest::newRow("part of the log window") << "logging/window/LogTableView.h" << int(Widgets);
         QTest::newRow("log window") << "logging/LogWindow.h" << int(Windows);
         QTest::newRow("login") << "support/DialogLogin.h" << int(Windows);
         QTest::newRow("board") << "app/MainWindow.cpp" << int(Board);

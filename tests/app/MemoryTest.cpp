@@ -28,7 +28,7 @@ double residentBytes()
 }
 
 /// What an installation goes through every quarter of an hour: the beam is dumped, an amplifier is replugged.
-void tellEvents(kora::simulation::Control& plant, int second)
+void tellEvents(kora::simulation::SimulationControl& plant, int second)
 {
     switch (second % quarterOfAnHour) {
     case 20: plant.setBeamOn(false); break;

@@ -2,7 +2,7 @@
 
 #include "app/Dice.h"
 #include "hardware/SettingsPath.h"
-#include "simulation/Control.h"
+#include "simulation/SimulationControl.h"
 #include "simulation/Operations.h"
 #include "stream/DeviceRecords.h"
 

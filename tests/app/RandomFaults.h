@@ -6,14 +6,14 @@
 class Dice;
 
 namespace kora::simulation {
-class Control;
+class SimulationControl;
 }
 
 /// What may go wrong around the program, by chance: beam, devices, library, stream, settings file.
 class RandomFaults
 {
 public:
-    RandomFaults(Dice& dice, kora::simulation::Control& plant) : dice(dice), plant(plant) {}
+    RandomFaults(Dice& dice, kora::simulation::SimulationControl& plant) : dice(dice), plant(plant) {}
 
     /// Lets something happen. @return what, for the trace
     QString strike();
@@ -29,5 +29,5 @@ private:
     QString spoilStream();
 
     Dice& dice;
-    kora::simulation::Control& plant;
+    kora::simulation::SimulationControl& plant;
 };

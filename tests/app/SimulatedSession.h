@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/MainWindow.h"
-#include "simulation/Control.h"
+#include "simulation/SimulationControl.h"
 #include "support/World.h"
 
 #include <QPointer>
@@ -19,7 +19,7 @@ public:
     SimulatedSession();
     ~SimulatedSession();
 
-    kora::simulation::Control& plant() { return *control; }
+    kora::simulation::SimulationControl& plant() { return *control; }
     MainWindow& window() { return *mainWindow; }
 
     /// Lets the simulated time run, then the poll, the display timer and the refresh timers of all windows.
@@ -37,6 +37,6 @@ public:
 
 private:
     std::unique_ptr<World> world;
-    kora::simulation::Control* control;
+    kora::simulation::SimulationControl* control;
     std::unique_ptr<MainWindow> mainWindow;
 };

@@ -6,9 +6,9 @@
 #include "stream/DeviceRecords.h"
 #include "stream/DisplayRecord.h"
 #include "stream/Updater.h"
-#include "tools/Demodulation.h"
-#include "tools/SaveDataLines.h"
-#include "tools/StepAnalysis.h"
+#include "tools/frequency/Demodulation.h"
+#include "tools/savedata/SaveDataLines.h"
+#include "tools/step/StepAnalysis.h"
 
 #include <qcustomplot.h>
 

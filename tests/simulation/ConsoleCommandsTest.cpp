@@ -396,7 +396,7 @@ private:
         return largest;
     }
 
-    Control* control = nullptr;
+    SimulationControl* control = nullptr;
 };
 
 QTEST_GUILESS_MAIN(ConsoleCommandsTest)

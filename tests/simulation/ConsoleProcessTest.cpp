@@ -1,5 +1,5 @@
 #include "ConsoleRun.h"
-#include "simulation/console/MeetingPlace.h"
+#include "simulation/console/SocketDirectory.h"
 
 #include <QDir>
 #include <QFile>

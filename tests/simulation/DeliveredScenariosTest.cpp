@@ -254,7 +254,7 @@ private:
         return std::sqrt(squares / double(records.size())) * powerOn::scale;
     }
 
-    Control* control = nullptr;
+    SimulationControl* control = nullptr;
 };
 
 QTEST_GUILESS_MAIN(DeliveredScenariosTest)

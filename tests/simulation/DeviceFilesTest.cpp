@@ -21,7 +21,7 @@
 #include <cstring>
 #include <vector>
 
-using kora::simulation::Control;
+using kora::simulation::SimulationControl;
 
 namespace {
 
@@ -366,7 +366,7 @@ private slots:
     }
 
 private:
-    Control* control = nullptr;
+    SimulationControl* control = nullptr;
 };
 
 QTEST_GUILESS_MAIN(DeviceFilesTest)

@@ -1,9 +1,9 @@
-#include "simulation/CurrentAmplifier.h"
-#include "simulation/FunctionGenerator.h"
-#include "simulation/OutputUnit.h"
-#include "simulation/PositionMonitor.h"
-#include "simulation/Rates.h"
-#include "simulation/SfpPorts.h"
+#include "simulation/detectors/CurrentAmplifier.h"
+#include "simulation/outputs/FunctionGenerator.h"
+#include "simulation/outputs/OutputUnit.h"
+#include "simulation/detectors/PositionMonitor.h"
+#include "simulation/processor/Rates.h"
+#include "simulation/processor/SfpPorts.h"
 
 #include <QTest>
 

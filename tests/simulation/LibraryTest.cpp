@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-using kora::simulation::Control;
+using kora::simulation::SimulationControl;
 
 namespace {
 
@@ -430,7 +430,7 @@ private slots:
     }
 
 private:
-    Control* control = nullptr;
+    SimulationControl* control = nullptr;
 };
 
 QTEST_GUILESS_MAIN(LibraryTest)

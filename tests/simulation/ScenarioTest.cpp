@@ -278,7 +278,7 @@ private:
     }
 
     QTemporaryDir scratch;
-    Control* control = nullptr;
+    SimulationControl* control = nullptr;
 };
 
 QTEST_GUILESS_MAIN(ScenarioTest)

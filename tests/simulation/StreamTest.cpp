@@ -1,9 +1,9 @@
-#include "simulation/DisplayStream.h"
+#include "simulation/processor/DisplayStream.h"
 #include "simulation/Faults.h"
 #include "simulation/Installation.h"
-#include "simulation/Rates.h"
-#include "simulation/Statistics.h"
-#include "simulation/TimeDebt.h"
+#include "simulation/processor/Rates.h"
+#include "simulation/processor/Statistics.h"
+#include "simulation/FixedStepClock.h"
 
 #include <QTest>
 
@@ -194,7 +194,7 @@ private slots:
 
     void debtIsPaidExactly()
     {
-        TimeDebt debt(50000, 2);
+        FixedStepClock debt(50000, 2);
         debt.start(10);
         QCOMPARE(debt.collect(10), std::int64_t(0));
         std::int64_t sum = 0;
@@ -208,7 +208,7 @@ private slots:
 
     void debtIsBoundedAndTheRestForgiven()
     {
-        TimeDebt debt(50000, 2);
+        FixedStepClock debt(50000, 2);
         debt.start(0);
         QCOMPARE(debt.collect(3600), std::int64_t(100000));
         QCOMPARE(debt.collect(3600), std::int64_t(0));

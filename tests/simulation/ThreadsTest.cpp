@@ -1,5 +1,5 @@
 #include "hardware/koralink.h"
-#include "simulation/Control.h"
+#include "simulation/SimulationControl.h"
 #include "stream/DeviceRecords.h"
 #include "stream/DisplayRecord.h"
 
@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-using kora::simulation::Control;
+using kora::simulation::SimulationControl;
 using kora::simulation::findControl;
 
 /// Concurrent calls, as the poll and the windows of the program make them. Meant to run under a thread sanitizer too.
@@ -25,7 +25,7 @@ class ThreadsTest : public QObject
 private slots:
     void pollWindowsAndToolsWorkAtOnce()
     {
-        Control* const control = findControl();
+        SimulationControl* const control = findControl();
         QVERIFY(control);
         std::atomic<int> failures{0};
         const auto expect = [&failures](bool good) { failures += !good; };
@@ -76,7 +76,7 @@ private slots:
 
     void clockIsSwitchedWhileAReaderWaits()
     {
-        Control* const control = findControl();
+        SimulationControl* const control = findControl();
         control->useRealClock();
         QCOMPARE(setDisplayFreq(10, 0), 0);
         std::atomic<bool> read16{false};

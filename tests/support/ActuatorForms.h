@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulation/Actuator.h"
+#include "simulation/beam/Actuator.h"
 
 #include <cmath>
 #include <complex>

@@ -1,4 +1,4 @@
-#include "tools/SixDigits.h"
+#include "tools/FormatG6.h"
 
 #include <QtTest>
 
@@ -15,13 +15,13 @@ QByteArray numberText(double value)
 
 QByteArray sixDigits(double value)
 {
-    char text[sixDigitsRoom];
-    return QByteArray(text, int(writeSixDigits(text, value) - text));
+    char text[formatG6Room];
+    return QByteArray(text, int(formatG6(text, value) - text));
 }
 
 } // namespace
 
-class SixDigitsTest : public QObject
+class FormatG6Test : public QObject
 {
     Q_OBJECT
 
@@ -108,5 +108,5 @@ private slots:
     }
 };
 
-QTEST_APPLESS_MAIN(SixDigitsTest)
-#include "SixDigitsTest.moc"
+QTEST_APPLESS_MAIN(FormatG6Test)
+#include "FormatG6Test.moc"

@@ -7,7 +7,7 @@
 #include "support/World.h"
 #include "tools/Graph3D.h"
 #include "tools/SurfacePlot.h"
-#include "tools/SurfaceWalk.h"
+#include "tools/rocking/GridScan.h"
 #include "tools/WindowRocking3D.h"
 
 #include <QDoubleSpinBox>
@@ -77,7 +77,7 @@ protected:
         QFile file(savedPath());
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
     }
-    QList<QByteArray> savedRows() const { return saved().split('\n').mid(6, surface_walk::points); }
+    QList<QByteArray> savedRows() const { return saved().split('\n').mid(6, grid_scan::points); }
     void save()
     {
         FileDialogs dialogs(savedPath());

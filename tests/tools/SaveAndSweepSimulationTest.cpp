@@ -1,6 +1,6 @@
 #include "app/Globals.h"
 #include "hardware/koralink.h"
-#include "simulation/Control.h"
+#include "simulation/SimulationControl.h"
 #include "simulation/PowerOn.h"
 #include "stream/DisplayRecord.h"
 #include "support/ActuatorForms.h"
@@ -35,7 +35,7 @@ class SaveAndSweepSimulationTest : public QObject
     Q_OBJECT
 
 private:
-    Control* control = nullptr;
+    SimulationControl* control = nullptr;
     std::unique_ptr<World> world;
 
     /// Sweeps 20 points from 1 to 500 Hz and compares them with the actuator behind the output.

@@ -1,4 +1,4 @@
-#include "simulation/Control.h"
+#include "simulation/SimulationControl.h"
 #include "simulation/PowerOn.h"
 #include "support/ActuatorForms.h"
 #include "support/DrivenPause.h"
@@ -6,7 +6,7 @@
 #include "support/Operator.h"
 #include "support/ScratchSettings.h"
 #include "support/World.h"
-#include "tools/SurfaceWalk.h"
+#include "tools/rocking/GridScan.h"
 #include "tools/WindowRocking3D.h"
 #include "tools/WindowRockingCurve.h"
 #include "tools/WindowStepResponse.h"
@@ -43,7 +43,7 @@ class ScansOnSimulationTest : public QObject
 
 private:
     std::unique_ptr<World> world;
-    kora::simulation::Control* plant = nullptr;
+    kora::simulation::SimulationControl* plant = nullptr;
 
     static void setBox(QWidget* window, const char* name, double value)
     {
@@ -118,8 +118,8 @@ private slots:
         press(find<QPushButton>(&window, "saveButton"));
         QFile file(folder.filePath(QStringLiteral("walk.csv")));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        const QList<QByteArray> rows = file.readAll().split('\n').mid(6, surface_walk::points);
-        QCOMPARE(rows.size(), surface_walk::points);
+        const QList<QByteArray> rows = file.readAll().split('\n').mid(6, grid_scan::points);
+        QCOMPARE(rows.size(), grid_scan::points);
         QList<QByteArray> best = {"", "", "0"};
         for (const QByteArray& row : rows) {
             const QList<QByteArray> fields = row.trimmed().split(',');

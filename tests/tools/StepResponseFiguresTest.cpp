@@ -1,6 +1,6 @@
 #include "StepResponseTool.h"
 
-#include "tools/StepAnalysis.h"
+#include "tools/step/StepAnalysis.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulation/Control.h"
+#include "simulation/SimulationControl.h"
 #include "tour/Camera.h"
 #include "tour/Findings.h"
 #include "tour/Hand.h"
@@ -12,7 +12,7 @@ struct Stage
     Hand& hand;
     Camera& camera;
     Findings& findings;
-    kora::simulation::Control& plant;
+    kora::simulation::SimulationControl& plant;
 
     /// Opens a window by its menu entry, which must be open to the operator.
     QWidget* open(const char* action, const char* className) const;

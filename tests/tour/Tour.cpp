@@ -58,7 +58,7 @@ void Tour::begin()
         QTimer::singleShot(lookIntervalMs, this, SLOT(begin()));
         return;
     }
-    kora::simulation::Control* plant = kora::simulation::findControl();
+    kora::simulation::SimulationControl* plant = kora::simulation::findControl();
     if (!plant)
         qFatal("the tour needs the simulated installation");
 

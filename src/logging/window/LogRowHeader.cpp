@@ -1,4 +1,4 @@
-#include "logging/LogRowHeader.h"
+#include "logging/window/LogRowHeader.h"
 
 #include <QEvent>
 

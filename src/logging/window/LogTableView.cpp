@@ -1,7 +1,7 @@
-#include "logging/LogTableView.h"
+#include "logging/window/LogTableView.h"
 
 #include "logging/Level.h"
-#include "logging/LogRowHeader.h"
+#include "logging/window/LogRowHeader.h"
 #include "logging/LogWindowModel.h"
 #include "logging/WindowLogFilterProxyModel.h"
 

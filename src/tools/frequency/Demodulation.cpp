@@ -1,4 +1,4 @@
-#include "tools/Demodulation.h"
+#include "tools/frequency/Demodulation.h"
 
 #include "stream/DisplayRecord.h"
 

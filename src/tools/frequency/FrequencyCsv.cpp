@@ -1,4 +1,4 @@
-#include "tools/FrequencyCsv.h"
+#include "tools/frequency/FrequencyCsv.h"
 
 #include <QTextStream>
 

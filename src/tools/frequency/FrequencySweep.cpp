@@ -1,4 +1,4 @@
-#include "tools/FrequencySweep.h"
+#include "tools/frequency/FrequencySweep.h"
 
 #include <armadillo>
 

@@ -1,4 +1,4 @@
-#include "tools/GridAxes.h"
+#include "tools/rocking/GridAxes.h"
 
 #include <GL/gl.h>
 

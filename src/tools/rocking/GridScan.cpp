@@ -1,4 +1,4 @@
-#include "tools/SurfaceWalk.h"
+#include "tools/rocking/GridScan.h"
 
 #include <QTextStream>
 
@@ -6,7 +6,7 @@ namespace {
 
 /// Independent running extremes, so that the passes over the grid are not one chain of dependent comparisons.
 constexpr int lanes = 16;
-static_assert(surface_walk::points % lanes == 0);
+static_assert(grid_scan::points % lanes == 0);
 
 struct Extremes
 {
@@ -23,7 +23,7 @@ Extremes extremes(const float* values)
         low[lane] = 100000;
         high[lane] = -1e6f;
     }
-    for (int i = 0; i < surface_walk::points; i += lanes) {
+    for (int i = 0; i < grid_scan::points; i += lanes) {
         for (int lane = 0; lane < lanes; ++lane) {
             const float value = values[i + lane];
             low[lane] = value < low[lane] ? value : low[lane];
@@ -40,12 +40,12 @@ Extremes extremes(const float* values)
 
 } // namespace
 
-double surface_walk::lineVolts(int line, double start, double span)
+double grid_scan::lineVolts(int line, double start, double span)
 {
     return line / 63.0 * span + start;
 }
 
-void surface_walk::normalise(const float* raw, float* normalised)
+void grid_scan::normalise(const float* raw, float* normalised)
 {
     const Extremes found = extremes(raw);
     const float span = found.maximum - found.minimum;
@@ -53,7 +53,7 @@ void surface_walk::normalise(const float* raw, float* normalised)
         normalised[i] = (raw[i] - found.minimum) / span;
 }
 
-QString surface_walk::header(const QString& dateAndTime, const QString& host)
+QString grid_scan::header(const QString& dateAndTime, const QString& host)
 {
     return QStringLiteral("Zenthic KORA\r\n"
                           "Kinetic Orbit Rectification Array\r\n"
@@ -62,7 +62,7 @@ QString surface_walk::header(const QString& dateAndTime, const QString& host)
            dateAndTime + QStringLiteral("\r\nHost Name: ") + host + QStringLiteral("\r\nch0,ch1,I0\r\n");
 }
 
-void surface_walk::writeRows(QTextStream& stream, const Range& range, const float* raw)
+void grid_scan::writeRows(QTextStream& stream, const Range& range, const float* raw)
 {
     for (int i = 0; i < side; ++i) {
         const double x = lineVolts(i, range.xStart, range.xSpan);

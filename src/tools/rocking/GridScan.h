@@ -6,7 +6,7 @@ class QTextStream;
 
 /// Arithmetic of the walk over a grid of voltage pairs: voltages, scaling of the measured currents, saved
 /// rows.
-namespace surface_walk {
+namespace grid_scan {
 
 constexpr int side = 64;
 constexpr int points = side * side;
@@ -36,4 +36,4 @@ QString header(const QString& dateAndTime, const QString& host);
 /// @param raw  `points` values, A, that of the lines (i, j) at i * 64 + j
 void writeRows(QTextStream& stream, const Range& range, const float* raw);
 
-} // namespace surface_walk
+} // namespace grid_scan

@@ -1,4 +1,4 @@
-#include "tools/RockingScan.h"
+#include "tools/rocking/RockingScan.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "tools/SurfaceGeometry.h"
+#include "tools/rocking/SurfaceGeometry.h"
 
 #include <cstddef>
 

@@ -1,8 +1,8 @@
-#include "tools/SaveDataLines.h"
+#include "tools/savedata/SaveDataLines.h"
 
 #include "app/Globals.h"
 #include "stream/DisplayRecord.h"
-#include "tools/SixDigits.h"
+#include "tools/FormatG6.h"
 
 #include <algorithm>
 
@@ -65,17 +65,17 @@ QString save_data::columnHeader(const bool (&enabled)[channelCount])
 QString save_data::dataRow(const DisplayRecord& record, int index, int rateHz,
                            const bool (&enabled)[channelCount])
 {
-    char line[(channelCount + 2) * (sixDigitsRoom + 2) + 2];
+    char line[(channelCount + 2) * (formatG6Room + 2) + 2];
     const QByteArray number = QByteArray::number(index);
     char* out = std::copy(number.begin(), number.end(), line);
     out = append(out, separator);
-    out = append(writeSixDigits(out, double(float(index) / float(rateHz))), separator);
+    out = append(formatG6(out, double(float(index) / float(rateHz))), separator);
     for (int column : columns) {
         if (!enabled[column])
             continue;
         const Channel& channel = channels[column];
         const double raw = slotValue(record, channel.slot);
-        out = append(writeSixDigits(out, channel.scale ? raw * *channel.scale : raw), separator);
+        out = append(formatG6(out, channel.scale ? raw * *channel.scale : raw), separator);
     }
     out = append(out, lineEnd);
     return QString::fromLatin1(line, int(out - line));

@@ -1,4 +1,4 @@
-#include "tools/StepAnalysis.h"
+#include "tools/step/StepAnalysis.h"
 
 #include <algorithm>
 #include <cmath>
