@@ -10,8 +10,8 @@
 #include <vector>
 
 /// Runs several ways of one job in turns within each iteration, so that all meet the same machine. The counters are
-/// medians in milliseconds by name, and the ratio of the first way to each other one; the time of an iteration is that of
-/// one round of all.
+/// medians in milliseconds by name, and the ratio of the first way to each other one; the time of an iteration is that
+/// of one round of all.
 class Interleaved
 {
 public:
@@ -45,7 +45,8 @@ public:
     }
 
 private:
-    struct Way {
+    struct Way
+    {
         std::string name;
         std::function<void()> job;
         std::vector<double> seconds;

@@ -64,8 +64,8 @@ bool ProgramStart::edgeIsBlack()
 {
     const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data;
     xcb_get_image_reply_t* image = xcb_get_image_reply(
-        connection.get(),
-        xcb_get_image(connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, screen->root, 400, 10, 1, 1, ~0u), nullptr);
+        connection.get(), xcb_get_image(connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, screen->root, 400, 10, 1, 1, ~0u),
+        nullptr);
     if (!image)
         return true;
     const std::uint8_t* pixel = xcb_get_image_data(image);

@@ -14,8 +14,7 @@ constexpr int batch = 200;
 arma::rowvec butterworthPolynomial(double radiansPerSecond)
 {
     const double w = radiansPerSecond;
-    return {1.0, 2.6131259297527530 * w, 3.4142135623730951 * w * w, 2.6131259297527530 * w * w * w,
-            w * w * w * w};
+    return {1.0, 2.6131259297527530 * w, 3.4142135623730951 * w * w, 2.6131259297527530 * w * w * w, w * w * w * w};
 }
 
 void designAllFour()

@@ -88,10 +88,11 @@ void timeSeries(benchmark::State& state)
     show(qwt, state);
     Interleaved()
         .way("redraw", [&] { redraw(plot); })
-        .way("qwt", [&] {
-            qwt.replot();
-            QCoreApplication::processEvents();
-        })
+        .way("qwt",
+             [&] {
+                 qwt.replot();
+                 QCoreApplication::processEvents();
+             })
         .run(state);
 }
 

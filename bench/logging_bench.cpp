@@ -40,10 +40,7 @@ public:
 class CountingSink : public spdlog::sinks::base_sink<spdlog::details::null_mutex>
 {
 protected:
-    void sink_it_(const spdlog::details::log_msg&) override
-    {
-        written.fetch_add(1, std::memory_order_relaxed);
-    }
+    void sink_it_(const spdlog::details::log_msg&) override { written.fetch_add(1, std::memory_order_relaxed); }
     void flush_() override {}
 };
 
@@ -141,21 +138,19 @@ void linesToAFile(benchmark::State& state)
     for (auto _ : state) {
         {
             const LoggerToFile destination(folder.filePath(QStringLiteral("plain")));
-            plain.push_back(
-                secondsOf(threads, [&](int) { QsLogging::Logger::instance().pushMessage(finished); }));
+            plain.push_back(secondsOf(threads, [&](int) { QsLogging::Logger::instance().pushMessage(finished); }));
         }
         {
             const LoggerToFile destination(folder.filePath(QStringLiteral("stamped")));
             stamped.push_back(secondsOf(threads, [&](int) {
-                QsLogging::Logger::instance().pushMessage(QsLogging::LogMessage(
-                    finished.message, QDateTime::currentDateTimeUtc(), QsLogging::WarnLevel));
+                QsLogging::Logger::instance().pushMessage(
+                    QsLogging::LogMessage(finished.message, QDateTime::currentDateTimeUtc(), QsLogging::WarnLevel));
             }));
         }
         {
             const LoggerToFile destination(folder.filePath(QStringLiteral("whole")));
-            whole.push_back(secondsOf(threads, [](int line) {
-                KORA_LOG_WARN << "setFBenable() failed with code" << 10000 + line;
-            }));
+            whole.push_back(secondsOf(
+                threads, [](int line) { KORA_LOG_WARN << "setFBenable() failed with code" << 10000 + line; }));
         }
         {
             const ReferenceLogger destination(folder.filePath(QStringLiteral("reference")));
@@ -213,13 +208,7 @@ void suppressedStatement(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(linesToAFile)
-    ->Arg(1)
-    ->Arg(2)
-    ->Arg(4)
-    ->Iterations(9)
-    ->UseManualTime()
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(linesToAFile)->Arg(1)->Arg(2)->Arg(4)->Iterations(9)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(suppressedStatement)->Iterations(9)->UseManualTime()->Unit(benchmark::kNanosecond);
 
 BENCHMARK_MAIN();

@@ -1,10 +1,10 @@
 #include "Interleaved.h"
 
 #include "graphs/TraceGraph.h"
-#include "tools/rocking/SurfaceGeometry.h"
 #include "tools/SurfacePlot.h"
-#include "tools/rocking/GridScan.h"
 #include "tools/WindowRockingCurve.h"
+#include "tools/rocking/GridScan.h"
+#include "tools/rocking/SurfaceGeometry.h"
 
 #include <QApplication>
 #include <QGLWidget>
@@ -92,16 +92,13 @@ void rebuildOnHeap(const std::vector<float>& heights, std::vector<std::unique_pt
     for (int b = 0; b < side - 1; ++b) {
         for (int a = 0; a < side - 1; ++a) {
             const float* p = &heights[std::size_t(a + b * side)];
-            const HeatColour colour =
-                heatColour((p[0] + p[1] + p[side + 1] + p[side]) / 4 / (maximum - minimum));
+            const HeatColour colour = heatColour((p[0] + p[1] + p[side + 1] + p[side]) / 4 / (maximum - minimum));
             const float x = float(a) * step, y = float(b) * step;
-            list.push_back(std::make_unique<Quad>(Quad{{{x, y, p[0]},
-                                                        {x + step, y, p[1]},
-                                                        {x + step, y + step, p[side + 1]},
-                                                        {x, y + step, p[side]}},
-                                                       float(colour.r),
-                                                       float(colour.g),
-                                                       float(colour.b)}));
+            list.push_back(std::make_unique<Quad>(
+                Quad{{{x, y, p[0]}, {x + step, y, p[1]}, {x + step, y + step, p[side + 1]}, {x, y + step, p[side]}},
+                     float(colour.r),
+                     float(colour.g),
+                     float(colour.b)}));
         }
     }
 }
@@ -128,14 +125,11 @@ void walkGeometry(benchmark::State& state)
     Interleaved()
         .way("walk",
              [&] {
-                 walk(measured, [&](const std::vector<float>& heights) {
-                     surface.setData(heights.data(), side, side);
-                 });
+                 walk(measured,
+                      [&](const std::vector<float>& heights) { surface.setData(heights.data(), side, side); });
                  benchmark::DoNotOptimize(surface.quads().data());
              })
-        .way(
-            "heap",
-            [&] { walk(measured, [&](const std::vector<float>& heights) { rebuildOnHeap(heights, list); }); })
+        .way("heap", [&] { walk(measured, [&](const std::vector<float>& heights) { rebuildOnHeap(heights, list); }); })
         .run(state);
 }
 

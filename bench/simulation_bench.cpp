@@ -10,7 +10,12 @@ using namespace kora::simulation;
 
 namespace {
 
-enum LoopState { Open, LowFrequencyLoops, AllLoops };
+enum LoopState
+{
+    Open,
+    LowFrequencyLoops,
+    AllLoops
+};
 
 /// A tenth of a simulated second with everything on: both amplifiers, bias, filters, statistics and stream.
 void plantAgainstRealTime(benchmark::State& state)

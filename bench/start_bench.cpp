@@ -29,7 +29,8 @@ void startAgainstEmptyPlot(benchmark::State& state)
     for (double* seconds : {programSeconds, referenceSeconds})
         std::sort(seconds, seconds + starts);
     if (programSeconds[0] < 0 || referenceSeconds[0] < 0) {
-        state.SkipWithError(programSeconds[0] < 0 ? "the program showed no picture" : "the empty plot showed no picture");
+        state.SkipWithError(programSeconds[0] < 0 ? "the program showed no picture"
+                                                  : "the empty plot showed no picture");
         return;
     }
     state.counters["program_ms"] = programSeconds[starts / 2] * 1e3;

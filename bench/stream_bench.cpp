@@ -6,8 +6,8 @@
 #include "hardware/MailboxComm.h"
 #include "hardware/koralink.h"
 #include "stream/Spectrum.h"
-#include "stream/TraceTable.h"
 #include "stream/TraceDecoder.h"
+#include "stream/TraceTable.h"
 
 #include <QApplication>
 #include <QDockWidget>
@@ -116,10 +116,7 @@ private:
 void decodeWindow(benchmark::State& state)
 {
     Stream stream;
-    Interleaved()
-        .way("decode", [&] { stream.decodeTraces(); })
-        .way("copy", [&] { stream.copyMemory(); })
-        .run(state);
+    Interleaved().way("decode", [&] { stream.decodeTraces(); }).way("copy", [&] { stream.copyMemory(); }).run(state);
 }
 
 /// The two references run apart: the trees leave nothing of the window in the caches.

@@ -9,7 +9,8 @@ namespace {
 
 constexpr std::size_t bufferBytes = 32;
 
-struct Account {
+struct Account
+{
     std::string_view name;
     std::string_view password;
     int level;

@@ -3,7 +3,8 @@
 namespace kora::simulation {
 
 /// Seconds since some fixed moment.
-class Clock {
+class Clock
+{
 public:
     virtual double seconds() const = 0;
 
@@ -12,7 +13,8 @@ protected:
 };
 
 /// The system's monotonic clock. Safe from any thread.
-class MonotonicClock final : public Clock {
+class MonotonicClock final : public Clock
+{
 public:
     double seconds() const override;
 };

@@ -37,8 +37,13 @@ void Faults::spoil(void* block, int count) const
     if (!garbage)
         return;
     using Limits = std::numeric_limits<double>;
-    constexpr double values[] = {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(), Limits::denorm_min(),
-                                 Limits::max(),       Limits::lowest(),   -0.0};
+    constexpr double values[] = {Limits::quiet_NaN(),
+                                 Limits::infinity(),
+                                 -Limits::infinity(),
+                                 Limits::denorm_min(),
+                                 Limits::max(),
+                                 Limits::lowest(),
+                                 -0.0};
     constexpr std::size_t valueCount = sizeof values / sizeof values[0];
     const auto place = static_cast<unsigned char*>(block);
     std::size_t turn = 0;

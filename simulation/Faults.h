@@ -8,7 +8,8 @@
 namespace kora::simulation {
 
 /// Faults that are injected into the installation.
-class Faults {
+class Faults
+{
 public:
     /// @param times calls that fail from now on, 0 none, -1 all
     void failFunction(const std::string& name, int times);

@@ -8,11 +8,11 @@ namespace kora::simulation {
 
 /// Counts the steps that a clock says should have been made by now. Jitter of the calls never changes the rate, and
 /// a paused process owes a bounded number.
-class FixedStepClock {
+class FixedStepClock
+{
 public:
     FixedStepClock(double stepsPerSecond, double longestSeconds)
-        : rate(stepsPerSecond)
-        , longest(std::int64_t(stepsPerSecond * longestSeconds))
+        : rate(stepsPerSecond), longest(std::int64_t(stepsPerSecond * longestSeconds))
     {
     }
 

@@ -26,10 +26,8 @@ constexpr double advanceSliceS = 0.1;
 } // namespace
 
 Installation::Installation(const Clock& plantClock, int powerOnDisplayRate)
-    : clock(plantClock)
-    , displayRate(powerOnDisplayRate)
-    , plant(std::in_place, powerOnDisplayRate)
-    , debt(physicsRate, longestDebtS)
+    : clock(plantClock), displayRate(powerOnDisplayRate), plant(std::in_place, powerOnDisplayRate),
+      debt(physicsRate, longestDebtS)
 {
     debt.start(clock.seconds());
 }
@@ -174,16 +172,12 @@ void Installation::setNoise(double positionMicrometres, double currentAmps)
 
 void Installation::setVibration(int line, double frequencyHz, double xMicrometres, double yMicrometres)
 {
-    manipulate([=](Plant& changed) {
-        changed.beam().setVibration(line, {frequencyHz, xMicrometres, yMicrometres});
-    });
+    manipulate([=](Plant& changed) { changed.beam().setVibration(line, {frequencyHz, xMicrometres, yMicrometres}); });
 }
 
 void Installation::setDrift(double amplitudeMicrometres, double periodSeconds, double walkMicrometres)
 {
-    manipulate([=](Plant& changed) {
-        changed.beam().setDrift(amplitudeMicrometres, periodSeconds, walkMicrometres);
-    });
+    manipulate([=](Plant& changed) { changed.beam().setDrift(amplitudeMicrometres, periodSeconds, walkMicrometres); });
 }
 
 void Installation::quietBeam()
@@ -240,9 +234,8 @@ BeamPosition Installation::beamPosition()
 
 double Installation::outputVolts(int output)
 {
-    return manipulate([output](Plant& observed) {
-        return output < 0 || output > 3 ? 0 : observed.outputs().volts()[output];
-    });
+    return manipulate(
+        [output](Plant& observed) { return output < 0 || output > 3 ? 0 : observed.outputs().volts()[output]; });
 }
 
 void Installation::reset()

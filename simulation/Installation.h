@@ -1,11 +1,11 @@
 #pragma once
 
 #include "simulation/Clock.h"
-#include "simulation/SimulationControl.h"
 #include "simulation/Faults.h"
-#include "simulation/Plant.h"
-#include "simulation/processor/Rates.h"
 #include "simulation/FixedStepClock.h"
+#include "simulation/Plant.h"
+#include "simulation/SimulationControl.h"
+#include "simulation/processor/Rates.h"
 
 #include <mutex>
 #include <optional>
@@ -19,7 +19,8 @@ constexpr int deviceCount = 4;
 
 /// One plant under one lock, kept up to the clock by every call; no thread runs it. All members may be
 /// called from any thread.
-class Installation final : public SimulationControl {
+class Installation final : public SimulationControl
+{
 public:
     /// @param clock outlives the installation; @param displayRate of the stream at power-on, Hz
     Installation(const Clock& clock, int displayRate);

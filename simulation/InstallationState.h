@@ -8,13 +8,15 @@
 namespace kora::simulation {
 
 /// Position of the beam's centre, micrometres.
-struct BeamPosition {
+struct BeamPosition
+{
     double x;
     double y;
 };
 
 /// Periodic motion of the beam: x follows the cosine, y the sine. Peak values.
-struct VibrationLine {
+struct VibrationLine
+{
     double frequencyHz;
     double xMicrometres;
     double yMicrometres;
@@ -25,7 +27,8 @@ struct VibrationLine {
 using ElectrodeChannels = std::array<int, 4>;
 
 /// The installation at one moment, as a trainer sees it.
-struct InstallationState {
+struct InstallationState
+{
     double time;      ///< simulated seconds since power-on
     bool drivenClock; ///< the time advances on demand alone
 
@@ -34,9 +37,9 @@ struct InstallationState {
     BeamPosition position; ///< true position at BPM1
     double driftMicrometres;
     double driftPeriodS;
-    double walkMicrometres;   ///< RMS
-    double noiseMicrometres;  ///< RMS
-    double currentNoiseAmps;  ///< RMS of each amplifier channel in range 0
+    double walkMicrometres;  ///< RMS
+    double noiseMicrometres; ///< RMS
+    double currentNoiseAmps; ///< RMS of each amplifier channel in range 0
     std::array<VibrationLine, 8> lines;
 
     int feedbackStatus; ///< as getPIDstatus() gives it

@@ -23,15 +23,13 @@ double tuning(double volts)
 } // namespace
 
 Plant::Plant(int displayRate)
-    : source(1)
-    , detector(powerOn::orientation, powerOn::beamSigma)
-    , amplifiers{CurrentAmplifier(2), CurrentAmplifier(3)}
-    , outputUnit(powerOn::restVolts)
-    , actuators{Actuator(powerOn::actuators[0], powerOn::restVolts),
-                Actuator(powerOn::actuators[1], powerOn::restVolts),
-                Actuator(powerOn::actuators[2], powerOn::restVolts),
-                Actuator(powerOn::actuators[3], powerOn::restVolts)}
-    , display(displayRate)
+    : source(1),
+      detector(powerOn::orientation, powerOn::beamSigma), amplifiers{CurrentAmplifier(2), CurrentAmplifier(3)},
+      outputUnit(powerOn::restVolts), actuators{Actuator(powerOn::actuators[0], powerOn::restVolts),
+                                                Actuator(powerOn::actuators[1], powerOn::restVolts),
+                                                Actuator(powerOn::actuators[2], powerOn::restVolts),
+                                                Actuator(powerOn::actuators[3], powerOn::restVolts)},
+      display(displayRate)
 {
     applyPowerOn();
 }
@@ -96,8 +94,7 @@ void Plant::readMonitors()
 {
     for (int bpm = 0; bpm < 2; ++bpm) {
         if (sfp.holds(bpm, SfpPorts::AmplifierClass)) {
-            FourValues electrodes =
-                detector.shares(positionX * powerOn::lever[bpm], positionY * powerOn::lever[bpm]);
+            FourValues electrodes = detector.shares(positionX * powerOn::lever[bpm], positionY * powerOn::lever[bpm]);
             for (double& current : electrodes)
                 current *= flux * powerOn::totalCurrent;
             readings[bpm] = monitors[bpm].evaluate(amplifiers[bpm].measure(wiring[bpm].carry(electrodes)));
@@ -176,15 +173,9 @@ BPMStats Plant::statistics() const
         const Statistics& x = signals[bpm][0];
         const Statistics& y = signals[bpm][1];
         const Statistics& i0 = signals[bpm][2];
-        stats.bpm[bpm] = {x.mean(),
-                          x.deviation(),
-                          x.filteredDeviation(),
-                          y.mean(),
-                          y.deviation(),
-                          y.filteredDeviation(),
-                          i0.mean(),
-                          i0.deviation(),
-                          i0.filteredDeviation()};
+        stats.bpm[bpm] = {x.mean(),  x.deviation(),  x.filteredDeviation(),
+                          y.mean(),  y.deviation(),  y.filteredDeviation(),
+                          i0.mean(), i0.deviation(), i0.filteredDeviation()};
     }
     return stats;
 }

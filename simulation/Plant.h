@@ -3,17 +3,18 @@
 #include "simulation/beam/Actuator.h"
 #include "simulation/beam/Beam.h"
 #include "simulation/detectors/CurrentAmplifier.h"
-#include "simulation/processor/DisplayStream.h"
 #include "simulation/detectors/ElectrodeCables.h"
-#include "simulation/processor/FeedbackLoops.h"
 #include "simulation/outputs/OutputUnit.h"
+#include "simulation/processor/DisplayStream.h"
+#include "simulation/processor/FeedbackLoops.h"
 #include "simulation/processor/SfpPorts.h"
 #include "simulation/processor/Statistics.h"
 
 namespace kora::simulation {
 
 /// The installation's physics and electronics, advanced step by step. Knows neither clock nor threads.
-class Plant {
+class Plant
+{
 public:
     /// Switched on, at rest, loops stopped. @param displayRate Hz
     explicit Plant(int displayRate);

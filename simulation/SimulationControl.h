@@ -10,7 +10,8 @@ namespace kora::simulation {
 
 /// What a test or a training console does to the simulated installation behind the back of the program: time,
 /// beam, devices and faults. All members may be called from any thread. Amplitudes are peak values.
-class SimulationControl {
+class SimulationControl
+{
 public:
     /// From now on the simulated time stands still but for advance(), and reads of the stream that would wait
     /// advance it by what is missing.

@@ -5,9 +5,8 @@
 namespace kora::simulation {
 
 Actuator::Actuator(const ActuatorModel& actuatorModel, double volts)
-    : model(actuatorModel)
-    , delayed(std::size_t(std::lround(actuatorModel.deadTime * physicsRate)), volts)
-    , position(volts)
+    : model(actuatorModel), delayed(std::size_t(std::lround(actuatorModel.deadTime * physicsRate)), volts),
+      position(volts)
 {
     const double w0 = 2 * M_PI * model.resonance;
     const double decay = model.damping * w0;
@@ -37,8 +36,8 @@ std::complex<double> Actuator::response(const ActuatorModel& model, double hertz
 {
     const double ratio = hertz / model.resonance;
     const double delay = model.deadTime + physicsPeriod / 2;
-    return model.gain * std::polar(1.0, -2 * M_PI * hertz * delay)
-         / std::complex<double>(1 - ratio * ratio, 2 * model.damping * ratio);
+    return model.gain * std::polar(1.0, -2 * M_PI * hertz * delay) /
+           std::complex<double>(1 - ratio * ratio, 2 * model.damping * ratio);
 }
 
 } // namespace kora::simulation

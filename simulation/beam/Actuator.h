@@ -7,19 +7,21 @@
 namespace kora::simulation {
 
 /// A mechanical actuator behind one output.
-struct ActuatorModel {
-    double gain;       ///< micrometres at BPM1 per volt
-    double neutral;    ///< V at which the beam is on the axis
-    double resonance;  ///< natural frequency, Hz
-    double damping;    ///< damping ratio, 0 < damping < 1
-    double deadTime;   ///< s, a whole number of steps of the physics
-    double travel;     ///< end stops of the mirror, micrometres at BPM1 to either side of the axis
+struct ActuatorModel
+{
+    double gain;      ///< micrometres at BPM1 per volt
+    double neutral;   ///< V at which the beam is on the axis
+    double resonance; ///< natural frequency, Hz
+    double damping;   ///< damping ratio, 0 < damping < 1
+    double deadTime;  ///< s, a whole number of steps of the physics
+    double travel;    ///< end stops of the mirror, micrometres at BPM1 to either side of the axis
 };
 
 /// Second-order system with dead time behind a held output:
 /// G(s) = gain * exp(-s * deadTime) / (1 + 2 * damping * s / w0 + s^2 / w0^2), advanced by its exact solution
 /// under an input that is constant within a step (Ogata, Modern Control Engineering, ch. 5).
-class Actuator {
+class Actuator
+{
 public:
     /// Starts at rest at the given voltage.
     Actuator(const ActuatorModel& model, double volts);

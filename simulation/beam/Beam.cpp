@@ -4,8 +4,7 @@
 
 namespace kora::simulation {
 
-Beam::Beam(std::uint64_t seed)
-    : noise(seed)
+Beam::Beam(std::uint64_t seed) : noise(seed)
 {
     kickDecay = std::exp(-physicsPeriod / settings.kickTimeS);
     applySettings();
@@ -41,10 +40,10 @@ BeamSample Beam::next()
     kickX *= kickDecay;
     kickY *= kickDecay;
     BeamSample sample;
-    sample.x = settings.driftMicrometres * drift.cosine() + walkX.step(noise.next())
-             + settings.noiseMicrometres * noise.next() + kickX;
-    sample.y = settings.driftMicrometres * drift.sine() + walkY.step(noise.next())
-             + settings.noiseMicrometres * noise.next() + kickY;
+    sample.x = settings.driftMicrometres * drift.cosine() + walkX.step(noise.next()) +
+               settings.noiseMicrometres * noise.next() + kickX;
+    sample.y = settings.driftMicrometres * drift.sine() + walkY.step(noise.next()) +
+               settings.noiseMicrometres * noise.next() + kickY;
     for (std::size_t i = 0; i < std::size_t(activeLines); ++i) {
         oscillators[i].step();
         sample.x += settings.lines[i].xMicrometres * oscillators[i].cosine();

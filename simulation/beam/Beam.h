@@ -9,11 +9,12 @@
 namespace kora::simulation {
 
 /// What moves the beam without any actuator, as docs/simulation.md lists it.
-struct BeamSettings {
+struct BeamSettings
+{
     double driftMicrometres = 5.0; ///< peak, both axes
     double driftPeriodS = 10.0;
-    double walkMicrometres = 1.0; ///< RMS of the random walk that is drawn back to the axis
-    double walkTimeS = 2.0;       ///< time constant of that
+    double walkMicrometres = 1.0;   ///< RMS of the random walk that is drawn back to the axis
+    double walkTimeS = 2.0;         ///< time constant of that
     double noiseMicrometres = 0.02; ///< RMS, white over the band of the physics
     double fluxNoise = 1e-4;        ///< RMS relative to the flux, white
     double fluxWalk = 1e-3;         ///< RMS relative to the flux, slow
@@ -29,14 +30,16 @@ struct BeamSettings {
                                            {0, 0, 0}}};
 };
 
-struct BeamSample {
-    double x;    ///< micrometres from the axis of BPM1
+struct BeamSample
+{
+    double x; ///< micrometres from the axis of BPM1
     double y;
     double flux; ///< relative to the nominal flux, 0 with the beam off
 };
 
 /// The undisturbed-by-us beam: drift, vibration lines, noise, kicks, on and off.
-class Beam {
+class Beam
+{
 public:
     explicit Beam(std::uint64_t seed);
 
@@ -57,7 +60,8 @@ public:
 
 private:
     /// Random walk with return to zero (Ornstein-Uhlenbeck), advanced by Euler's rule.
-    struct Walk {
+    struct Walk
+    {
         double value = 0;
         double keep = 0;
         double push = 0;

@@ -20,11 +20,7 @@ double quantile(double probability, double start)
 
 } // namespace
 
-NormalNoise::NormalNoise(std::uint64_t seed)
-    : quantiles(quantileTable())
-    , state(seed)
-{
-}
+NormalNoise::NormalNoise(std::uint64_t seed) : quantiles(quantileTable()), state(seed) {}
 
 const double* NormalNoise::quantileTable()
 {

@@ -7,7 +7,8 @@ namespace kora::simulation {
 /// White noise of zero mean and unit variance, normal up to 3.6 standard deviations: the quantiles of the normal
 /// distribution stand in a table, and twelve random bits choose one. Five values cost one step of the generator
 /// (SplitMix64; Steele, Lea, Flood, "Fast splittable pseudorandom number generators", 2014).
-class NormalNoise {
+class NormalNoise
+{
 public:
     explicit NormalNoise(std::uint64_t seed);
 

@@ -5,7 +5,8 @@
 namespace kora::simulation {
 
 /// Sine and cosine of a steadily growing phase, one complex multiplication a step.
-class Oscillator {
+class Oscillator
+{
 public:
     /// Goes on from the present phase. @param stepsPerSecond rate at which step() is called
     void setFrequency(double hertz, double stepsPerSecond)

@@ -6,8 +6,8 @@
 // Their fortified inline forms would be defined twice.
 #undef _FORTIFY_SOURCE
 
-#include "simulation/boundary/DeviceOperations.h"
 #include "simulation/Installation.h"
+#include "simulation/boundary/DeviceOperations.h"
 #include "simulation/console/Listener.h"
 
 #include <dlfcn.h>
@@ -30,12 +30,10 @@ namespace {
 
 /// A function of the next library, looked up once.
 template <typename Function>
-class Next {
+class Next
+{
 public:
-    explicit constexpr Next(const char* functionName)
-        : name(functionName)
-    {
-    }
+    explicit constexpr Next(const char* functionName) : name(functionName) {}
 
     Function* get() noexcept
     {
@@ -146,11 +144,11 @@ bool takesMode(int flags) noexcept
 __attribute__((constructor)) void checkLookUpOrder()
 {
     using Open = int(const char*, int, ...);
-    for (const auto& prepare : {nextRead.get() != nullptr, nextReadChk.get() != nullptr, nextIoctl.get() != nullptr,
-                                nextClose.get() != nullptr, nextOpen.get() != nullptr, nextOpen64.get() != nullptr,
-                                nextOpenat.get() != nullptr, nextOpenat64.get() != nullptr,
-                                nextOpen2.get() != nullptr, nextOpen642.get() != nullptr,
-                                nextOpenat2.get() != nullptr, nextOpenat642.get() != nullptr})
+    for (const auto& prepare :
+         {nextRead.get() != nullptr, nextReadChk.get() != nullptr, nextIoctl.get() != nullptr,
+          nextClose.get() != nullptr, nextOpen.get() != nullptr, nextOpen64.get() != nullptr,
+          nextOpenat.get() != nullptr, nextOpenat64.get() != nullptr, nextOpen2.get() != nullptr,
+          nextOpen642.get() != nullptr, nextOpenat2.get() != nullptr, nextOpenat642.get() != nullptr})
         if (!prepare)
             _exit(127);
     probing = true;
@@ -173,13 +171,13 @@ __attribute__((constructor)) void checkLookUpOrder()
 } // namespace
 
 /// Reads the mode, which follows only where the flags ask for it.
-#define KORALINK_MODE(flags)                                                                                          \
-    mode_t mode = 0;                                                                                                  \
-    if (takesMode(flags)) {                                                                                           \
-        va_list arguments;                                                                                            \
-        va_start(arguments, flags);                                                                                   \
-        mode = va_arg(arguments, mode_t);                                                                             \
-        va_end(arguments);                                                                                            \
+#define KORALINK_MODE(flags)                                                                                           \
+    mode_t mode = 0;                                                                                                   \
+    if (takesMode(flags)) {                                                                                            \
+        va_list arguments;                                                                                             \
+        va_start(arguments, flags);                                                                                    \
+        mode = va_arg(arguments, mode_t);                                                                              \
+        va_end(arguments);                                                                                             \
     }
 
 extern "C" {

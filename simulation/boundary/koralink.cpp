@@ -66,17 +66,14 @@ void store(Value* destination, Value value)
 template <typename Act>
 int onLoop(const char* name, int loop, Act act)
 {
-    return installation().operate(name, [&](Plant& plant) {
-        return isLoop(loop) ? resultOf(act(plant.loops())) : failure;
-    });
+    return installation().operate(name,
+                                  [&](Plant& plant) { return isLoop(loop) ? resultOf(act(plant.loops())) : failure; });
 }
 
 template <typename Act>
 int onBpm(const char* name, int bpm, Act act)
 {
-    return installation().operate(name, [&](Plant& plant) {
-        return isBpm(bpm) ? resultOf(act(plant)) : failure;
-    });
+    return installation().operate(name, [&](Plant& plant) { return isBpm(bpm) ? resultOf(act(plant)) : failure; });
 }
 
 } // namespace
@@ -161,8 +158,7 @@ KORALINK_EXPORT int getSetpoint(int controller, double* value)
 KORALINK_EXPORT int setPIDoutSel(unsigned char Xlf, unsigned char Xhf, unsigned char Ylf, unsigned char Yhf)
 {
     const int outputs[] = {Xlf, Xhf, Ylf, Yhf};
-    return installation().operate(__func__,
-                                  [&](Plant& plant) { return resultOf(plant.loops().setOutputs(outputs)); });
+    return installation().operate(__func__, [&](Plant& plant) { return resultOf(plant.loops().setOutputs(outputs)); });
 }
 
 KORALINK_EXPORT int getPIDoutSel(unsigned char* Xlf, unsigned char* Xhf, unsigned char* Ylf, unsigned char* Yhf)
@@ -179,8 +175,7 @@ KORALINK_EXPORT int getPIDoutSel(unsigned char* Xlf, unsigned char* Xhf, unsigne
 KORALINK_EXPORT int setBPMselector(int Xlf, int Xhf, int Ylf, int Yhf)
 {
     const int bpms[] = {Xlf, Xhf, Ylf, Yhf};
-    return installation().operate(__func__,
-                                  [&](Plant& plant) { return resultOf(plant.loops().setSelectors(bpms)); });
+    return installation().operate(__func__, [&](Plant& plant) { return resultOf(plant.loops().setSelectors(bpms)); });
 }
 
 KORALINK_EXPORT int getBPMselector(int* Xlf, int* Xhf, int* Ylf, int* Yhf)
@@ -196,8 +191,7 @@ KORALINK_EXPORT int getBPMselector(int* Xlf, int* Xhf, int* Ylf, int* Yhf)
 
 KORALINK_EXPORT int setOutputMux(unsigned char source)
 {
-    return installation().operate(__func__,
-                                  [&](Plant& plant) { return resultOf(plant.outputs().setSource(source)); });
+    return installation().operate(__func__, [&](Plant& plant) { return resultOf(plant.outputs().setSource(source)); });
 }
 
 KORALINK_EXPORT int getOutputMux(unsigned char* source)
@@ -317,8 +311,7 @@ KORALINK_EXPORT int setFiltControl(signed char band, signed char axis, int fullB
 KORALINK_EXPORT int setFiltCoef(signed char band, signed char axis, int kind, int index, double value)
 {
     const int loop = loopOf(band, axis);
-    return onLoop(__func__, loop,
-                  [&](FeedbackLoops& loops) { return loops.filter(loop).write(kind, index, value); });
+    return onLoop(__func__, loop, [&](FeedbackLoops& loops) { return loops.filter(loop).write(kind, index, value); });
 }
 
 KORALINK_EXPORT int commitFiltCoef(signed char band, signed char axis)

@@ -73,8 +73,8 @@ double numberOf(std::string_view text, const std::string& what, double low, doub
     double number = 0;
     // The comparison also refuses what is not a number.
     if (!read(text, number) || !(number >= low && number <= high))
-        throw InputError(what + " must be a number from " + textOf(low) + " to " + textOf(high) + ", not "
-                         + quoted(text));
+        throw InputError(what + " must be a number from " + textOf(low) + " to " + textOf(high) + ", not " +
+                         quoted(text));
     // Adding 0 makes a plain zero of a negative one, which would be shown as it was typed.
     return number + 0.0;
 }
@@ -83,8 +83,8 @@ int wholeNumberOf(std::string_view text, const std::string& what, int low, int h
 {
     int number = 0;
     if (!read(text, number) || number < low || number > high)
-        throw InputError(what + " must be a whole number from " + std::to_string(low) + " to "
-                         + std::to_string(high) + ", not " + quoted(text));
+        throw InputError(what + " must be a whole number from " + std::to_string(low) + " to " + std::to_string(high) +
+                         ", not " + quoted(text));
     return number;
 }
 

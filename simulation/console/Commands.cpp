@@ -1,10 +1,10 @@
 #include "simulation/console/Commands.h"
 
-#include "simulation/processor/DisplayStream.h"
 #include "simulation/Installation.h"
 #include "simulation/Operations.h"
 #include "simulation/console/InputError.h"
 #include "simulation/console/StatusText.h"
+#include "simulation/processor/DisplayStream.h"
 
 #include <charconv>
 #include <cmath>
@@ -166,7 +166,8 @@ Action parseCable(const Words& words)
 template <bool present>
 Action parseDeviceFile(const Words& words)
 {
-    return silently([path = devicePath(words[1])](SimulationControl& control) { control.setDevicePresent(path, present); });
+    return silently(
+        [path = devicePath(words[1])](SimulationControl& control) { control.setDevicePresent(path, present); });
 }
 
 int failureCount(const std::string& text)
@@ -185,7 +186,8 @@ Action parseFail(const Words& words)
     if (!isOperation(words[1].c_str()))
         throw InputError("the control library has no function " + quoted(words[1]));
     const int times = words.size() > 2 ? failureCount(words[2]) : 1;
-    return silently([name = words[1], times](SimulationControl& control) { control.failFunction(name.c_str(), times); });
+    return silently(
+        [name = words[1], times](SimulationControl& control) { control.failFunction(name.c_str(), times); });
 }
 
 Action parseBlocks(const Words& words)
@@ -239,7 +241,8 @@ Action parseStatus(const Words& words)
     return [](SimulationControl& control) { return statusJson(control.state()); };
 }
 
-struct Verb {
+struct Verb
+{
     const char* name;
     const char* arguments;
     const char* effect;
@@ -264,8 +267,8 @@ constexpr Verb verbs[] = {
     {"remove", "FILE", "take a device file away", 1, 1, parseDeviceFile<false>},
     {"restore", "FILE", "bring a device file back", 1, 1, parseDeviceFile<true>},
     {"fail", "FUNCTION [once|COUNT|always|off]", "make a function of the control library fail", 1, 2, parseFail},
-    {"blocks", "good | short COUNT | garbage", "blocks of the display stream: whole, without COUNT records, garbage",
-     1, 2, parseBlocks},
+    {"blocks", "good | short COUNT | garbage", "blocks of the display stream: whole, without COUNT records, garbage", 1,
+     2, parseBlocks},
     {"repair", "", "end all faults of functions, device files and blocks", 0, 0, parseRepair},
     {"reset", "", "switch the installation off and on again", 0, 0, parseReset},
     {"time", "", "simulated seconds since power-on", 0, 0, parseTime},

@@ -3,8 +3,8 @@
 #include "simulation/Installation.h"
 #include "simulation/console/Commands.h"
 #include "simulation/console/InputError.h"
-#include "simulation/console/SocketDirectory.h"
 #include "simulation/console/Protocol.h"
+#include "simulation/console/SocketDirectory.h"
 
 #include <pthread.h>
 #include <sys/socket.h>
@@ -117,8 +117,8 @@ bool openSocket(const std::string& folder)
     unlink(hidden.c_str());
     if (bindTo(listener, hidden) != 0)
         return false;
-    if (chmod(hidden.c_str(), 0600) != 0 || ::listen(listener, waitingConsoles) != 0
-        || rename(hidden.c_str(), path.c_str()) != 0) {
+    if (chmod(hidden.c_str(), 0600) != 0 || ::listen(listener, waitingConsoles) != 0 ||
+        rename(hidden.c_str(), path.c_str()) != 0) {
         unlink(hidden.c_str());
         return false;
     }
@@ -150,8 +150,8 @@ void startListening() noexcept
     try {
         const std::string folder = socketFolder();
         listener = folder.empty() ? -1 : newSocket();
-        if (listener >= 0 && openSocket(folder) && pthread_atfork(nullptr, nullptr, forgetInChild) == 0
-            && startThread())
+        if (listener >= 0 && openSocket(folder) && pthread_atfork(nullptr, nullptr, forgetInChild) == 0 &&
+            startThread())
             return;
     } catch (const std::bad_alloc&) {
         // As little as without a socket.

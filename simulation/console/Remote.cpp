@@ -16,7 +16,8 @@ namespace {
 constexpr int patience = 10;
 
 /// Closes at the end of its scope.
-struct Connection {
+struct Connection
+{
     ~Connection()
     {
         if (fd >= 0)

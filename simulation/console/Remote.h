@@ -8,13 +8,15 @@
 namespace kora::simulation {
 
 /// There is no simulation to talk to; the text is one line.
-class NoSimulation : public std::runtime_error {
+class NoSimulation : public std::runtime_error
+{
 public:
     using std::runtime_error::runtime_error;
 };
 
 /// A running simulation, seen from the console.
-class Remote {
+class Remote
+{
 public:
     /// @param pid of the simulation; without one there must be a single simulation
     /// @throw NoSimulation, or InputError when several run and none is named
@@ -25,10 +27,7 @@ public:
     std::string ask(const std::string& command) const;
 
 private:
-    explicit Remote(RunningSimulation found)
-        : simulation(std::move(found))
-    {
-    }
+    explicit Remote(RunningSimulation found) : simulation(std::move(found)) {}
     std::string converse(int fd, const std::string& command) const;
 
     RunningSimulation simulation;

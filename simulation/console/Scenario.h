@@ -8,8 +8,10 @@ namespace kora::simulation {
 
 /// Commands with times. A file of them has one a line, as "TIME COMMAND": TIME in seconds, or as m:ss or h:mm:ss, not
 /// earlier than the line before; empty lines and what follows a "#" count for nothing.
-struct Scenario {
-    struct Step {
+struct Scenario
+{
+    struct Step
+    {
         double time; ///< s after the start
         std::string command;
     };
@@ -18,7 +20,8 @@ struct Scenario {
     /// Reads and checks a file. @throw InputError that names the file and the line
     static Scenario load(const std::string& path);
 
-    struct Surroundings {
+    struct Surroundings
+    {
         std::function<double()> time;      ///< simulated time, s
         std::function<void(double)> sleep; ///< s of real time
         std::function<void(const Step&)> perform;

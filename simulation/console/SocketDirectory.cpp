@@ -22,7 +22,8 @@ constexpr char suffix[] = ".socket";
 /// Room that a folder must leave for the names of sockets in an address.
 constexpr std::size_t longestName = sizeof "/.4194304.socket";
 
-struct FolderCloser {
+struct FolderCloser
+{
     void operator()(DIR* directory) const { closedir(directory); }
 };
 
@@ -40,8 +41,8 @@ std::vector<std::string> candidateFolders()
 bool isOurs(const std::string& folder)
 {
     struct stat file;
-    return lstat(folder.c_str(), &file) == 0 && S_ISDIR(file.st_mode) && file.st_uid == geteuid()
-        && (file.st_mode & 077) == 0;
+    return lstat(folder.c_str(), &file) == 0 && S_ISDIR(file.st_mode) && file.st_uid == geteuid() &&
+           (file.st_mode & 077) == 0;
 }
 
 pid_t pidOf(const std::string& name)
@@ -50,8 +51,8 @@ pid_t pidOf(const std::string& name)
     pid_t pid = 0;
     const auto [end, error] = std::from_chars(name.data(), name.data() + length, pid);
     return error == std::errc() && name.compare(length, std::string::npos, suffix) == 0 && end == name.data() + length
-             ? pid
-             : 0;
+               ? pid
+               : 0;
 }
 
 /// Whether a process stands behind the socket; its file is removed if none does.

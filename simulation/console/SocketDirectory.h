@@ -13,7 +13,8 @@ namespace kora::simulation {
 std::string socketFolder();
 std::string socketPath(const std::string& folder, pid_t pid);
 
-struct RunningSimulation {
+struct RunningSimulation
+{
     pid_t pid;
     std::string socket;
 };

@@ -38,7 +38,8 @@ bool isActive(const VibrationLine& line)
 }
 
 /// Rows of a table whose left column has one width; rows of one topic name it once.
-class Table {
+class Table
+{
 public:
     void add(const std::string& topic, const std::string& what)
     {
@@ -56,8 +57,8 @@ private:
 
 std::string blocksText(const InstallationState& state)
 {
-    std::string text = state.missingRecords == 0 ? "whole blocks"
-                                                 : "blocks lack " + std::to_string(state.missingRecords) + " records";
+    std::string text =
+        state.missingRecords == 0 ? "whole blocks" : "blocks lack " + std::to_string(state.missingRecords) + " records";
     return text + (state.garbageBlocks ? ", garbage" : "");
 }
 
@@ -68,20 +69,20 @@ std::string channelText(int channel)
 
 void addBeam(Table& table, const InstallationState& state)
 {
-    table.add("beam", std::string(state.beamOn ? "on" : "off") + ", flux " + rounded(state.flux, 4) + ", at x "
-                          + rounded(state.position.x, 3) + " um, y " + rounded(state.position.y, 3) + " um");
-    table.add("drift", textOf(state.driftMicrometres) + " um in " + textOf(state.driftPeriodS) + " s, random walk "
-                           + textOf(state.walkMicrometres) + " um RMS");
-    table.add("noise", textOf(state.noiseMicrometres) + " um RMS, amplifiers " + textOf(state.currentNoiseAmps)
-                           + " A RMS");
+    table.add("beam", std::string(state.beamOn ? "on" : "off") + ", flux " + rounded(state.flux, 4) + ", at x " +
+                          rounded(state.position.x, 3) + " um, y " + rounded(state.position.y, 3) + " um");
+    table.add("drift", textOf(state.driftMicrometres) + " um in " + textOf(state.driftPeriodS) + " s, random walk " +
+                           textOf(state.walkMicrometres) + " um RMS");
+    table.add("noise",
+              textOf(state.noiseMicrometres) + " um RMS, amplifiers " + textOf(state.currentNoiseAmps) + " A RMS");
     bool still = true;
     for (std::size_t i = 0; i < state.lines.size(); ++i) {
         const VibrationLine& line = state.lines[i];
         if (!isActive(line))
             continue;
         still = false;
-        table.add("vibration", std::to_string(i) + ": " + textOf(line.frequencyHz) + " Hz, x "
-                                   + textOf(line.xMicrometres) + " um, y " + textOf(line.yMicrometres) + " um");
+        table.add("vibration", std::to_string(i) + ": " + textOf(line.frequencyHz) + " Hz, x " +
+                                   textOf(line.xMicrometres) + " um, y " + textOf(line.yMicrometres) + " um");
     }
     if (still)
         table.add("vibration", "none");
@@ -89,8 +90,8 @@ void addBeam(Table& table, const InstallationState& state)
 
 void addElectronics(Table& table, const InstallationState& state)
 {
-    table.add("feedback", std::string(feedbackNames[state.feedbackStatus]) + ", configuration "
-                              + std::to_string(state.configuration));
+    table.add("feedback", std::string(feedbackNames[state.feedbackStatus]) + ", configuration " +
+                              std::to_string(state.configuration));
     std::string volts;
     for (const double output : state.outputVolts)
         volts += (volts.empty() ? "" : ", ") + rounded(output, 3) + " V";
@@ -101,18 +102,16 @@ void addElectronics(Table& table, const InstallationState& state)
     for (std::size_t bpm = 0; bpm < state.cables.size(); ++bpm) {
         const ElectrodeChannels& cables = state.cables[bpm];
         table.add("BPM" + std::to_string(bpm + 1) + " cables",
-                  "top " + channelText(cables[0]) + ", right " + channelText(cables[1]) + ", bottom "
-                      + channelText(cables[2]) + ", left " + channelText(cables[3]));
+                  "top " + channelText(cables[0]) + ", right " + channelText(cables[1]) + ", bottom " +
+                      channelText(cables[2]) + ", left " + channelText(cables[3]));
     }
 }
 
 /// A JSON object or list, written from left to right.
-class Json {
+class Json
+{
 public:
-    explicit Json(char opening)
-        : text(1, opening)
-    {
-    }
+    explicit Json(char opening) : text(1, opening) {}
     Json& add(const std::string& key, const std::string& value) { return add('"' + key + "\": " + value); }
     Json& add(const std::string& value)
     {
@@ -217,8 +216,8 @@ std::string statusJson(const InstallationState& state)
                .add("cables", cablesJson(state))
                .add("devices", devices.closed())
                .add("failing", failing.closed())
-               .closed()
-         + '\n';
+               .closed() +
+           '\n';
 }
 
 } // namespace kora::simulation

@@ -77,7 +77,8 @@ void sleepFor(double seconds)
     nanosleep(&duration, nullptr);
 }
 
-struct PlayOptions {
+struct PlayOptions
+{
     double speed = 1;
     bool silent = false;
     bool checkOnly = false;

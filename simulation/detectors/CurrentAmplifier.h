@@ -1,13 +1,14 @@
 #pragma once
 
-#include "simulation/detectors/HighVoltage.h"
 #include "simulation/beam/NormalNoise.h"
+#include "simulation/detectors/HighVoltage.h"
 #include "simulation/detectors/QuadrantDetector.h"
 
 namespace kora::simulation {
 
 /// Four-channel current amplifier with bias supply.
-class CurrentAmplifier {
+class CurrentAmplifier
+{
 public:
     /// Full scale of range 0 and range 1, A, as the model list of the amplifiers gives it.
     static constexpr double fullScale[2] = {100e-6, 100e-9};
@@ -15,10 +16,7 @@ public:
     static constexpr double quietRangeNoise = 0.05;
     static constexpr int automaticRange = 2;
 
-    explicit CurrentAmplifier(std::uint64_t seed)
-        : noise(seed)
-    {
-    }
+    explicit CurrentAmplifier(std::uint64_t seed) : noise(seed) {}
 
     /// Amplifies for one step: adds noise and clips at full scale.
     /// @param electrodes electrode currents in channel order, A, at full collection

@@ -8,14 +8,14 @@
 namespace kora::simulation {
 
 /// The four cables from the electrodes of a detector to the channels of its amplifier.
-class ElectrodeCables {
+class ElectrodeCables
+{
 public:
     /// @return false, and nothing changes, for a channel outside -1 to 3 or one that two cables would share
     bool connect(const ElectrodeChannels& wanted)
     {
         for (const int channel : wanted)
-            if (channel < -1 || channel > 3
-                || (channel >= 0 && std::count(wanted.begin(), wanted.end(), channel) > 1))
+            if (channel < -1 || channel > 3 || (channel >= 0 && std::count(wanted.begin(), wanted.end(), channel) > 1))
                 return false;
         channels = wanted;
         return true;

@@ -5,7 +5,8 @@
 namespace kora::simulation {
 
 /// Bias supply of one amplifier: follows its set value at a fixed slew rate.
-class HighVoltage {
+class HighVoltage
+{
 public:
     static constexpr double slewVoltsPerSecond = 100;
     static constexpr double leakageOhm = 1e9;

@@ -5,7 +5,8 @@
 namespace kora::simulation {
 
 /// Raw position, dimensionless, and intensity, A.
-struct PositionReading {
+struct PositionReading
+{
     double x = 0;
     double y = 0;
     double intensity = 0;
@@ -18,7 +19,8 @@ struct PositionReading {
 ///   45 degrees: x = (top + right - bottom - left) / S, y = (top + left - right - bottom) / S
 /// each plus offset / scale, so that a position in micrometres is x * scaleX and the offset is added to it.
 /// Positions saturate at -1 and 1; a sum that is not positive gives position 0.
-class PositionMonitor {
+class PositionMonitor
+{
 public:
     Crossbar& crossbar() { return routes; }
     /// @param value 0 for 45 degrees, 1 for 90 degrees; @return false for any other, which changes nothing

@@ -5,8 +5,7 @@
 namespace kora::simulation {
 
 QuadrantDetector::QuadrantDetector(int detectorOrientation, double sigmaMicrometres)
-    : orientation(detectorOrientation)
-    , perSigma(M_SQRT1_2 / sigmaMicrometres)
+    : orientation(detectorOrientation), perSigma(M_SQRT1_2 / sigmaMicrometres)
 {
 }
 

@@ -9,8 +9,8 @@ namespace kora::simulation {
 bool FunctionGenerator::configure(const float peakToPeak[4], const float offsets[4], float hertz)
 {
     const auto finite = [](float value) { return std::isfinite(value); };
-    if (!std::all_of(peakToPeak, peakToPeak + 4, finite) || !std::all_of(offsets, offsets + 4, finite)
-        || !finite(hertz) || hertz < 0)
+    if (!std::all_of(peakToPeak, peakToPeak + 4, finite) || !std::all_of(offsets, offsets + 4, finite) ||
+        !finite(hertz) || hertz < 0)
         return false;
     std::copy(peakToPeak, peakToPeak + 4, amplitude);
     std::copy(offsets, offsets + 4, offset);

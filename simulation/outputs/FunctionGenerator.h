@@ -10,7 +10,8 @@ namespace kora::simulation {
 /// are 4 sin(wt) and 4 cos(wt): a response g * amplitude / 2 * sin(wt + p) times a reference has the mean
 /// g * amplitude * cos(p), or sin(p), so that dividing by the amplitude as typed gives the true gain, and
 /// atan2 of the two the true phase.
-class FunctionGenerator {
+class FunctionGenerator
+{
 public:
     static constexpr double referenceAmplitude = 4;
 

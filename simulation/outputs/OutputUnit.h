@@ -1,13 +1,14 @@
 #pragma once
 
-#include "simulation/processor/FeedbackLoops.h"
 #include "simulation/outputs/FunctionGenerator.h"
+#include "simulation/processor/FeedbackLoops.h"
 
 namespace kora::simulation {
 
 /// Four analogue outputs of +-12 V. Their source is the loops or the register that direct writes fill; a running
 /// function generator takes its output from either.
-class OutputUnit {
+class OutputUnit
+{
 public:
     static constexpr double limitVolts = 12;
     static constexpr int sourceDirect = 0;

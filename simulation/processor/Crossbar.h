@@ -5,7 +5,8 @@
 namespace kora::simulation {
 
 /// Which amplifier channel the processor takes for which electrode.
-class Crossbar {
+class Crossbar
+{
 public:
     /// Channel numbers 0 to 3, a number may stand more than once.
     /// @return false for any other number, which changes nothing

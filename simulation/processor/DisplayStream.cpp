@@ -15,9 +15,7 @@ constexpr int referenceSlot = int(offsetof(DisplayRecord, funcGenRefA) / sizeof(
 } // namespace
 
 DisplayStream::DisplayStream(int initialHertz)
-    : ring(capacity)
-    , hertz(std::clamp(initialHertz, 0, physicsRate))
-    , phase(phaseBefore(0))
+    : ring(capacity), hertz(std::clamp(initialHertz, 0, physicsRate)), phase(phaseBefore(0))
 {
 }
 

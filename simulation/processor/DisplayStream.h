@@ -9,8 +9,10 @@ namespace kora::simulation {
 
 /// The display stream: one record every 1/rate seconds out of the physics, in a ring of the newest 16384.
 /// Records fall on a fixed grid of steps, the one of the loops for every rate that divides theirs, so that a record
-/// shows the present sample of a loop. With the filter on a record is the mean of all steps since the one before; without it the present step.
-class DisplayStream {
+/// shows the present sample of a loop. With the filter on a record is the mean of all steps since the one before;
+/// without it the present step.
+class DisplayStream
+{
 public:
     static constexpr int capacity = 16384;
     static constexpr int largestBlock = capacity - 1;

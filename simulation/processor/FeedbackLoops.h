@@ -9,7 +9,8 @@ namespace kora::simulation {
 
 /// The four control loops Xlf, Xhf, Ylf, Yhf (index 0 to 3) with their position filters, the choice which of them
 /// regulate, from which BPM and onto which output, and the state of the feedback.
-class FeedbackLoops {
+class FeedbackLoops
+{
 public:
     static constexpr int count = 4;
     /// Code under which no loop regulates.

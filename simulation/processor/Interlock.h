@@ -5,9 +5,15 @@
 namespace kora::simulation {
 
 /// The region of confidence: six checks, X, Y and beam-off for each BPM.
-class Interlock {
+class Interlock
+{
 public:
-    enum class Verdict { Good, OutOfRegion, BeamOff };
+    enum class Verdict
+    {
+        Good,
+        OutOfRegion,
+        BeamOff
+    };
 
     void enable(int check, bool on) { checks[check].enabled = on; }
     bool isEnabled(int check) const { return checks[check].enabled; }
@@ -21,7 +27,8 @@ public:
     Verdict judge(const PositionReading readings[2], const bool hasIntensity[2]) const;
 
 private:
-    struct Check {
+    struct Check
+    {
         bool enabled = false;
         double low = 0;
         double high = 0;

@@ -7,8 +7,8 @@ namespace kora::simulation {
 
 bool PidController::setGains(const PidGains& values)
 {
-    for (const double value : {values.kp, values.ki, values.kd, values.emin, values.imax, values.omin, values.omax,
-                               values.ogain})
+    for (const double value :
+         {values.kp, values.ki, values.kd, values.emin, values.imax, values.omin, values.omax, values.ogain})
         if (std::isnan(value))
             return false;
     gains = values;

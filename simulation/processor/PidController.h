@@ -3,7 +3,8 @@
 namespace kora::simulation {
 
 /// Gains and limits of one controller; position errors in micrometres, outputs in volts.
-struct PidGains {
+struct PidGains
+{
     double kp = 0;   ///< V/um
     double ki = 0;   ///< V/(um s)
     double kd = 0;   ///< V s/um
@@ -20,7 +21,8 @@ struct PidGains {
 ///   action = kp * e + I + kd * (e - previous e) / T
 ///   output = clamp(ogain * action + offset, omin, omax)
 /// The output is held in between, and the action is kept while the loop does not run.
-class PidController {
+class PidController
+{
 public:
     /// @return false when a value is not a number, which changes nothing
     bool setGains(const PidGains& values);

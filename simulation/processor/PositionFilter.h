@@ -8,7 +8,8 @@ namespace kora::simulation {
 /// y[n] = sum b[k] x[n - k] + sum f[k] y[n - k], where the feedback terms f are added and the one of the current
 /// sample is understood as absent. Written coefficients act from the commit on. The output saturates, as the
 /// processor's numbers do, so that an unstable set cannot run away.
-class PositionFilter {
+class PositionFilter
+{
 public:
     static constexpr double saturation = 4;
 

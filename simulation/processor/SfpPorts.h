@@ -5,10 +5,16 @@
 namespace kora::simulation {
 
 /// What sits in the four SFP ports. The high byte of a device's code is its class.
-class SfpPorts {
+class SfpPorts
+{
 public:
     static constexpr int count = 4;
-    enum Class { AmplifierClass = 0x21, OutputClass = 0x22, EncoderClass = 0x23 };
+    enum Class
+    {
+        AmplifierClass = 0x21,
+        OutputClass = 0x22,
+        EncoderClass = 0x23
+    };
 
     /// @return false for a port outside 0 to 3
     bool plug(int port, std::uint16_t deviceId);

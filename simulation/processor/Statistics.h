@@ -6,7 +6,8 @@ namespace kora::simulation {
 
 /// Mean and standard deviation of one signal over the newest second, in steps of a tenth of a second; until a tenth
 /// is full, over what there is. "Filtered" is the deviation of the means over each millisecond.
-class Statistics {
+class Statistics
+{
 public:
     /// Forgets everything. @param samplesPerSecond a multiple of 1000
     void start(int samplesPerSecond);
@@ -17,7 +18,8 @@ public:
     double filteredDeviation() const;
 
 private:
-    struct Sums {
+    struct Sums
+    {
         std::int64_t count = 0;
         double sum = 0;
         double squares = 0;
@@ -27,7 +29,8 @@ private:
         double mean() const;
         double deviation() const;
     };
-    struct Block {
+    struct Block
+    {
         Sums all;
         Sums filtered;
     };

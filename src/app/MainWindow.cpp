@@ -1,7 +1,7 @@
 #include "app/MainWindow.h"
 
-#include "app/HiddenDockFocusGuard.h"
 #include "app/Globals.h"
+#include "app/HiddenDockFocusGuard.h"
 #include "app/TabOrder.h"
 #include "feedback/WidgetFeedbackControl.h"
 #include "feedback/WidgetPidCtrl.h"
@@ -40,7 +40,8 @@ constexpr int fixedDisplayRate = 1000;
 constexpr int widestPidPanel = 480;
 
 /// What an action of the menus triggers.
-struct ActionSlot {
+struct ActionSlot
+{
     QAction* Ui::MainWindow::*action;
     const char* slot;
 };
@@ -66,7 +67,8 @@ const ActionSlot actionSlots[] = {
 };
 
 /// Labels of one time-series graph. The fourth name of the second amplifier has no 2.
-struct TimeGraphLabels {
+struct TimeGraphLabels
+{
     const char* yLabel;
     std::initializer_list<const char*> names;
 };

@@ -56,13 +56,10 @@ class LogWindowDestination
 public:
     explicit LogWindowDestination(QsLogging::Window* window)
     {
-        QsLogging::Logger::instance().addDestination(QsLogging::DestinationMaker::newFunctorDestination(
-            window, SLOT(addLogMessage(QsLogging::LogMessage))));
+        QsLogging::Logger::instance().addDestination(
+            QsLogging::DestinationMaker::newFunctorDestination(window, SLOT(addLogMessage(QsLogging::LogMessage))));
     }
-    ~LogWindowDestination()
-    {
-        QsLogging::Logger::instance().removeDestination(QStringLiteral("functor"));
-    }
+    ~LogWindowDestination() { QsLogging::Logger::instance().removeDestination(QStringLiteral("functor")); }
     LogWindowDestination(const LogWindowDestination&) = delete;
     LogWindowDestination& operator=(const LogWindowDestination&) = delete;
 };

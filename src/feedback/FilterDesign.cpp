@@ -45,8 +45,7 @@ void butterLowpass(int order, double fcut, double Ts, arma::rowvec& b, arma::row
     bilinearTransform(numS, denS, b, a, Ts);
 }
 
-void bilinearTransform(const arma::rowvec& numS, const arma::rowvec& denS, arma::rowvec& b, arma::rowvec& a,
-                       double Ts)
+void bilinearTransform(const arma::rowvec& numS, const arma::rowvec& denS, arma::rowvec& b, arma::rowvec& a, double Ts)
 {
     const arma::cx_vec zeros = arma::roots(numS);
     const arma::cx_vec poles = arma::roots(denS);

@@ -37,5 +37,4 @@ void butterBandpass(int order, double fcutLow, double fcutHigh, double Ts, arma:
 /// @param numS, denS  polynomials in s, highest power first
 /// @param Ts          sampling period, s
 /// @param[out] b, a   as many coefficients as the longer polynomial has
-void bilinearTransform(const arma::rowvec& numS, const arma::rowvec& denS, arma::rowvec& b, arma::rowvec& a,
-                       double Ts);
+void bilinearTransform(const arma::rowvec& numS, const arma::rowvec& denS, arma::rowvec& b, arma::rowvec& a, double Ts);

@@ -58,8 +58,7 @@ constexpr StatusRow statusTable[] = {
 
 } // namespace
 
-WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent)
-    : QWidget(parent), ui(new Ui::WidgetFeedbackControl)
+WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent) : QWidget(parent), ui(new Ui::WidgetFeedbackControl)
 {
     ui->setupUi(this);
     findFields();
@@ -234,9 +233,8 @@ int WidgetFeedbackControl::sendOutputs()
         return -1;
     }
     configFile->writeDACpos(chosen[LoopXlf], chosen[LoopXhf], chosen[LoopYlf], chosen[LoopYhf]);
-    mailbox->setPIDoutSel(
-        static_cast<unsigned char>(chosen[LoopXlf]), static_cast<unsigned char>(chosen[LoopXhf]),
-        static_cast<unsigned char>(chosen[LoopYlf]), static_cast<unsigned char>(chosen[LoopYhf]));
+    mailbox->setPIDoutSel(static_cast<unsigned char>(chosen[LoopXlf]), static_cast<unsigned char>(chosen[LoopXhf]),
+                          static_cast<unsigned char>(chosen[LoopYlf]), static_cast<unsigned char>(chosen[LoopYhf]));
     return 0;
 }
 

@@ -85,8 +85,8 @@ double WidgetPIDparams::offset() const
     return ui->offsetDoubleSpinBox->value();
 }
 
-void WidgetPIDparams::setParams(double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
-                                double Omax, double Ogain, double offset)
+void WidgetPIDparams::setParams(double Kp, double Ki, double Kd, double emin, double Imax, double Omin, double Omax,
+                                double Ogain, double offset)
 {
     ui->boxKp->setValue(Kp);
     ui->boxKi->setValue(Ki);

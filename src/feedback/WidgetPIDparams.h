@@ -34,8 +34,8 @@ public:
     double Omax() const;
     double Ogain() const;
     double offset() const;
-    void setParams(double Kp, double Ki, double Kd, double emin, double Imax, double Omin, double Omax,
-                   double Ogain, double offset);
+    void setParams(double Kp, double Ki, double Kd, double emin, double Imax, double Omin, double Omax, double Ogain,
+                   double offset);
 
 private slots:
     void calcRealFreq(double val);

@@ -69,10 +69,10 @@ void WidgetPidCtrl::savePIDparams()
                        params[LoopYhf]->offset());
     for (int loop = 0; loop < loopCount; ++loop) {
         const WidgetPIDparams& p = *params[loop];
-        mailbox->setPIDparams(static_cast<signed char>(loop), p.Kp(), p.Ki(), p.Kd(), p.emin(), p.Imax(),
-                              p.Omin(), p.Omax(), p.Ogain());
+        mailbox->setPIDparams(static_cast<signed char>(loop), p.Kp(), p.Ki(), p.Kd(), p.emin(), p.Imax(), p.Omin(),
+                              p.Omax(), p.Ogain());
         const auto write = accessors[loop].write;
-        (configFile->*write)(p.freq(), p.Kp(), p.Ki(), p.Kd(), p.emin(), p.Imax(), p.Omin(), p.Omax(),
-                             p.Ogain(), p.offset());
+        (configFile->*write)(p.freq(), p.Kp(), p.Ki(), p.Kd(), p.emin(), p.Imax(), p.Omin(), p.Omax(), p.Ogain(),
+                             p.offset());
     }
 }

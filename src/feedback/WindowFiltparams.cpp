@@ -47,10 +47,9 @@ WindowFiltparams::Filter WindowFiltparams::filter(int band, int axis)
         return axis == axisX ? Filter{ui->comboBoxFilterXlf, ui->doubleSpinBoxXlfLow, nullptr, &aXlf, &bXlf}
                              : Filter{ui->comboBoxFilterYlf, ui->doubleSpinBoxYlfLow, nullptr, &aYlf, &bYlf};
     }
-    return axis == axisX ? Filter{ui->comboBoxFilterXhf, ui->doubleSpinBoxXhfLow, ui->doubleSpinBoxXhfHigh,
-                                  &aXhf, &bXhf}
-                         : Filter{ui->comboBoxFilterYhf, ui->doubleSpinBoxYhfLow, ui->doubleSpinBoxYhfHigh,
-                                  &aYhf, &bYhf};
+    return axis == axisX
+               ? Filter{ui->comboBoxFilterXhf, ui->doubleSpinBoxXhfLow, ui->doubleSpinBoxXhfHigh, &aXhf, &bXhf}
+               : Filter{ui->comboBoxFilterYhf, ui->doubleSpinBoxYhfLow, ui->doubleSpinBoxYhfHigh, &aYhf, &bYhf};
 }
 
 void WindowFiltparams::loadFilterSettings()
@@ -78,8 +77,8 @@ void WindowFiltparams::saveFilterSettings()
     for (int band = 0; band < 2; ++band) {
         for (int axis = 0; axis < 2; ++axis) {
             const Filter fields = filter(band, axis);
-            configFile->writePositionFilter(band, axis, unsigned(fields.type->currentIndex()),
-                                            fields.low->value(), fields.high ? fields.high->value() : 0.0);
+            configFile->writePositionFilter(band, axis, unsigned(fields.type->currentIndex()), fields.low->value(),
+                                            fields.high ? fields.high->value() : 0.0);
         }
     }
 }
@@ -104,8 +103,7 @@ void WindowFiltparams::designFilter(int band, int axis)
     if (band == bandLf)
         butterLowpass(lowpassOrder, fields.low->value(), Ts, *fields.b, *fields.a);
     else
-        butterBandpass(bandpassPrototypeOrder, fields.low->value(), fields.high->value(), Ts, *fields.b,
-                       *fields.a);
+        butterBandpass(bandpassPrototypeOrder, fields.low->value(), fields.high->value(), Ts, *fields.b, *fields.a);
 }
 
 int WindowFiltparams::writeFilterCoefficients(int band, int axis)

@@ -35,8 +35,7 @@ bool PlotRedraw::eventFilter(QObject* object, QEvent* event)
 void PlotRedraw::layOut()
 {
     plot->setViewport(plot->rect());
-    for (const auto phase :
-         {QCPLayoutElement::upPreparation, QCPLayoutElement::upMargins, QCPLayoutElement::upLayout})
+    for (const auto phase : {QCPLayoutElement::upPreparation, QCPLayoutElement::upMargins, QCPLayoutElement::upLayout})
         plot->plotLayout()->update(phase);
     request();
 }

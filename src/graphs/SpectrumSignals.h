@@ -3,7 +3,8 @@
 #include "stream/DisplayRecord.h"
 
 /// A signal that the spectrum can be taken of.
-struct SpectrumSignal {
+struct SpectrumSignal
+{
     const char* text;
     int slot;            ///< of the display record
     unsigned int colour; ///< 0xRRGGBB

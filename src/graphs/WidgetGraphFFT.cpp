@@ -2,8 +2,8 @@
 
 #include "app/Globals.h"
 #include "graphs/ClickedPlace.h"
-#include "graphs/PlotTheme.h"
 #include "graphs/PlotRedraw.h"
+#include "graphs/PlotTheme.h"
 #include "graphs/SpectrumSignals.h"
 #include "graphs/TraceGraph.h"
 #include "stream/Updater.h"

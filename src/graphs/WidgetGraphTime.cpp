@@ -1,14 +1,13 @@
 #include "graphs/WidgetGraphTime.h"
 
 #include "app/Globals.h"
-#include "graphs/PlotTheme.h"
 #include "graphs/PlotRedraw.h"
+#include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
 #include "stream/DisplayRecord.h"
 #include "ui_WidgetGraphTime.h"
 
-WidgetGraphTime::WidgetGraphTime(QWidget* parent)
-    : QWidget(parent), ui(std::make_unique<Ui::WidgetGraphTime>())
+WidgetGraphTime::WidgetGraphTime(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::WidgetGraphTime>())
 {
     ui->setupUi(this);
     plotRedraw = new PlotRedraw(ui->graph);

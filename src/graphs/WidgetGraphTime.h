@@ -16,10 +16,12 @@ class WidgetGraphTime;
 }
 
 /// What one of the time-series graphs is made of.
-struct TimeGraphTraits {
+struct TimeGraphTraits
+{
     static constexpr int maxChannels = 4;
 
-    struct Trace {
+    struct Trace
+    {
         const char* checkBoxText; ///< null keeps the form's
         bool checked;
         bool boxHidden;

@@ -2,8 +2,8 @@
 
 #include "app/Globals.h"
 #include "graphs/ClickedPlace.h"
-#include "graphs/PlotTheme.h"
 #include "graphs/PlotRedraw.h"
+#include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/LoopConfiguration.h"
@@ -137,15 +137,12 @@ bool WidgetGraphXY::isInsideLimits(const LoopConfiguration& configuration, doubl
     // Of the file and not of the rectangle, so that a click always meets the stored limits.
     double roiX, roiY, roiI0min, roiI0max, roc;
     configFile->readROI(&roiX, &roiY, &roiI0min, &roiI0max, &roc, bpmIndex);
-    return !(configuration.clickChecksX && std::abs(x) > roiX) &&
-           !(configuration.clickChecksY && std::abs(y) > roiY);
+    return !(configuration.clickChecksX && std::abs(x) > roiX) && !(configuration.clickChecksY && std::abs(y) > roiY);
 }
 
 void WidgetGraphXY::sendSetpoints(const LoopConfiguration& configuration, double x, double y)
 {
-    const auto regulatesHere = [&](int loop, int selector) {
-        return configuration.runs(loop) && selector == bpmIndex;
-    };
+    const auto regulatesHere = [&](int loop, int selector) { return configuration.runs(loop) && selector == bpmIndex; };
     if (regulatesHere(LoopXlf, bpmSelXlf))
         mailbox->setSetpointXlf(x);
     if (regulatesHere(LoopXhf, bpmSelXhf))
@@ -190,7 +187,8 @@ void WidgetGraphXY::drawMarker(const LoopConfiguration& configuration, double x,
         if (feedsY)
             drawHorizontalLine(y);
         break;
-    case SetpointMarker::None: break;
+    case SetpointMarker::None:
+        break;
     }
 }
 

@@ -241,27 +241,27 @@ void ConfigFile::writePIDYhf(double Freq, double Kp, double Ki, double Kd, doubl
     writePid(QStringLiteral("PID_Yhf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
 
-void ConfigFile::readPIDXlf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax,
-                            double* Omin, double* Omax, double* Ogain, double* Offset)
+void ConfigFile::readPIDXlf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
+                            double* Omax, double* Ogain, double* Offset)
 {
     readPid(QStringLiteral("PID_Xlf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
 
-void ConfigFile::readPIDXhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax,
-                            double* Omin, double* Omax, double* Ogain, double* Offset)
+void ConfigFile::readPIDXhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
+                            double* Omax, double* Ogain, double* Offset)
 {
     readPid(QStringLiteral("PID_Xhf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
 
-void ConfigFile::readPIDYlf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax,
-                            double* Omin, double* Omax, double* Ogain, double* Offset)
+void ConfigFile::readPIDYlf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
+                            double* Omax, double* Ogain, double* Offset)
 {
     readPid(QStringLiteral("PID_Ylf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
     *Omin = File().read(QStringLiteral("PID_Ylhf"), "Omin").toDouble();
 }
 
-void ConfigFile::readPIDYhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax,
-                            double* Omin, double* Omax, double* Ogain, double* Offset)
+void ConfigFile::readPIDYhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
+                            double* Omax, double* Ogain, double* Offset)
 {
     readPid(QStringLiteral("PID_Yhf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
@@ -303,8 +303,8 @@ void ConfigFile::readPositionFilter(int band, int axis, int* type, double* low, 
         *high = file.value(group + filterKey(band, axis, "FcutHigh")).toDouble();
 }
 
-void ConfigFile::writeIIR(const double* aX, const double* bX, const double* aY, const double* bY,
-                          const double* aI0, const double* bI0)
+void ConfigFile::writeIIR(const double* aX, const double* bX, const double* aY, const double* bY, const double* aI0,
+                          const double* bI0)
 {
     File file;
     const double* const values[3][2] = {{aX, bX}, {aY, bY}, {aI0, bI0}};

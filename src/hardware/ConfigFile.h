@@ -33,14 +33,14 @@ public:
     void readROCenable(bool* x, bool* y, bool* beamOff, int bpm);
 
     // Controllers: averaged rate in hertz, gains and limits as plain numbers.
-    void writePIDXlf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
-                     double Omax, double Ogain, double Offset);
-    void writePIDXhf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
-                     double Omax, double Ogain, double Offset);
-    void writePIDYlf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
-                     double Omax, double Ogain, double Offset);
-    void writePIDYhf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
-                     double Omax, double Ogain, double Offset);
+    void writePIDXlf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin, double Omax,
+                     double Ogain, double Offset);
+    void writePIDXhf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin, double Omax,
+                     double Ogain, double Offset);
+    void writePIDYlf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin, double Omax,
+                     double Ogain, double Offset);
+    void writePIDYhf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin, double Omax,
+                     double Ogain, double Offset);
     void readPIDXlf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
                     double* Omax, double* Ogain, double* Offset);
     void readPIDXhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,

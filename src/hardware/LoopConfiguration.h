@@ -3,7 +3,14 @@
 /// The four control loops and the configurations that the control library numbers. Everything that depends on a
 /// configuration code stands in this one table.
 
-enum LoopIndex { LoopXlf = 0, LoopXhf = 1, LoopYlf = 2, LoopYhf = 3, loopCount = 4 };
+enum LoopIndex
+{
+    LoopXlf = 0,
+    LoopXhf = 1,
+    LoopYlf = 2,
+    LoopYhf = 3,
+    loopCount = 4
+};
 
 /// Suffixes of the loops in keys, fields and object names, by loop index.
 constexpr const char* loopNames[loopCount] = {"Xlf", "Xhf", "Ylf", "Yhf"};
@@ -15,19 +22,21 @@ constexpr int loopBit(int loop)
 }
 
 /// How the XY graph shows the set-point of a configuration, provided that its monitor feeds the loops.
-enum class SetpointMarker {
+enum class SetpointMarker
+{
     None,
     VerticalLine,   ///< the X set-point; only the monitor of Xlf counts
     Cross,          ///< both set-points; a line where the monitors of Xlf and Ylf differ
     HorizontalLine, ///< the Y set-point; only the monitor of Ylf counts
 };
 
-struct LoopConfiguration {
-    int mask;             ///< loops that regulate, joined loopBit()s
-    bool setpointX;       ///< X set-point field enabled; also in codes 13 and 14, where no X loop runs
-    bool setpointY;       ///< Y set-point field enabled
-    bool clickChecksX;    ///< a set-point placed by a click is held against the X limit
-    bool clickChecksY;    ///< likewise the Y limit
+struct LoopConfiguration
+{
+    int mask;              ///< loops that regulate, joined loopBit()s
+    bool setpointX;        ///< X set-point field enabled; also in codes 13 and 14, where no X loop runs
+    bool setpointY;        ///< Y set-point field enabled
+    bool clickChecksX;     ///< a set-point placed by a click is held against the X limit
+    bool clickChecksY;     ///< likewise the Y limit
     SetpointMarker marker; ///< code 5 has none, by decision
 
     constexpr bool runs(int loop) const { return (mask & loopBit(loop)) != 0; }

@@ -133,8 +133,7 @@ signed char MailboxComm::getPIDconf()
 int MailboxComm::setPIDparams(signed char controller, double Kp, double Ki, double Kd, double emin, double Imax,
                               double Omin, double Omax, double Ogain)
 {
-    return warnIfFailed(::setPIDparams(controller, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain),
-                        "setPIDparams() failed");
+    return warnIfFailed(::setPIDparams(controller, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain), "setPIDparams() failed");
 }
 
 int MailboxComm::setOffset(double Xlf, double Xhf, double Ylf, double Yhf)
@@ -287,8 +286,7 @@ int MailboxComm::getSystemVersion(QString* timestamp, QString* swVersion, QStrin
     std::uint32_t time = 0;
     std::uint32_t software = 0;
     std::uint32_t pid = 0;
-    const int result =
-        warnIfFailed(::getSystemVersion(&time, &software, &pid), "getSystemVersion() failed");
+    const int result = warnIfFailed(::getSystemVersion(&time, &software, &pid), "getSystemVersion() failed");
     if (timestamp)
         *timestamp = QString::number(time);
     if (swVersion)

@@ -35,8 +35,8 @@ public:
     int setCtrlReset();
     int setPIDconf(signed char conf);
     signed char getPIDconf();
-    int setPIDparams(signed char controller, double Kp, double Ki, double Kd, double emin, double Imax,
-                     double Omin, double Omax, double Ogain);
+    int setPIDparams(signed char controller, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
+                     double Omax, double Ogain);
     int setOffset(double Xlf, double Xhf, double Ylf, double Yhf);
     int setWindAvg(int controller, int samples);
     int setSetpointXlf(double value);
@@ -57,8 +57,8 @@ public:
     int setBPMoffset(int bpm, double offsetX, double offsetY);
     int setCrossBar(unsigned char top, unsigned char right, unsigned char bottom, unsigned char left,
                     unsigned char bpm);
-    int setROCenable(unsigned char x1, unsigned char y1, unsigned char beamOff1, unsigned char x2,
-                     unsigned char y2, unsigned char beamOff2);
+    int setROCenable(unsigned char x1, unsigned char y1, unsigned char beamOff1, unsigned char x2, unsigned char y2,
+                     unsigned char beamOff2);
     int getROCenable(unsigned char* x1, unsigned char* y1, unsigned char* beamOff1, unsigned char* x2,
                      unsigned char* y2, unsigned char* beamOff2);
     int setROClimits(int limit, double low, double high);

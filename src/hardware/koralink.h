@@ -12,7 +12,8 @@
 /// filter band 0 low frequency, 1 high frequency; filter axis 0 X, 1 Y.
 
 /// State of the feedback. The values 2 and 3 both mean that the PID is running.
-enum PID_Status_Type : std::int32_t {
+enum PID_Status_Type : std::int32_t
+{
     PidStatusOff = 0,      ///< loops stopped
     PidStatusOutOfRoc = 1, ///< fault: the beam left the region of confidence
     PidStatusBeamOff = 2,  ///< armed, beam absent
@@ -21,7 +22,8 @@ enum PID_Status_Type : std::int32_t {
 
 /// Beam statistics of one BPM. Positions are raw: the BPM's scale factor turns them into micrometres.
 /// Intensities are in amperes. "Filt" figures are standard deviations at 1000 Hz.
-struct BPMStatsBlock {
+struct BPMStatsBlock
+{
     double posXMean;
     double posXStd;
     double posXStdFilt;
@@ -33,14 +35,16 @@ struct BPMStatsBlock {
     double i0StdFilt;
 };
 
-struct BPMStats {
+struct BPMStats
+{
     std::uint64_t reserved; ///< the library's own, never read here
     BPMStatsBlock bpm[2];
 };
 static_assert(sizeof(BPMStats) == 8 + 2 * 9 * 8);
 
 /// What sits in one SFP port.
-struct SFPinfo {
+struct SFPinfo
+{
     std::uint16_t deviceId; ///< product code, 0 for an empty port; the high byte is the product class
     std::uint32_t hwVersion;
     char version[4]; ///< firmware version, four character codes, shown last to first
@@ -74,12 +78,11 @@ int getOutputMux(unsigned char* source);
 int setBPMorient(unsigned char bpm, unsigned char orientation);
 int setBPMscale(int bpm, double scaleX, double scaleY);
 int setBPMoffset(int bpm, double offsetX, double offsetY);
-int setCrossBar(unsigned char bpm, unsigned char top, unsigned char right, unsigned char bottom,
-                unsigned char left);
+int setCrossBar(unsigned char bpm, unsigned char top, unsigned char right, unsigned char bottom, unsigned char left);
 int setROCenable(unsigned char x1, unsigned char y1, unsigned char beamOff1, unsigned char x2, unsigned char y2,
                  unsigned char beamOff2);
-int getROCenable(unsigned char* x1, unsigned char* y1, unsigned char* beamOff1, unsigned char* x2,
-                 unsigned char* y2, unsigned char* beamOff2);
+int getROCenable(unsigned char* x1, unsigned char* y1, unsigned char* beamOff1, unsigned char* x2, unsigned char* y2,
+                 unsigned char* beamOff2);
 /// @param limit 3 times the BPM, plus 0 for X, 1 for Y (raw position), 2 for the beam-off intensity (A)
 int setROClimits(int limit, double low, double high);
 
@@ -108,8 +111,7 @@ int funcGenEnable(signed char mode);
 // Status and identification
 PID_Status_Type getPIDstatus();
 int getBPMStats(BPMStats* stats);
-int getSFPinfo(int port, std::uint16_t* deviceId, std::uint32_t* hwVersion, char* version,
-               std::uint32_t* serialNumber);
+int getSFPinfo(int port, std::uint16_t* deviceId, std::uint32_t* hwVersion, char* version, std::uint32_t* serialNumber);
 int getSystemVersion(std::uint32_t* timestamp, std::uint32_t* swVersion, std::uint32_t* pidVersion);
 /// @param user, password  buffers of 32 bytes, not terminated when the text has 32 characters or more
 /// @return the user level 0, 1 or 2

@@ -2,8 +2,11 @@
 // them. Executables are linked against it, and the loader then finds the library of the host, or the simulated
 // installation. It is neither run nor installed.
 
-#define KORALINK_STUB(name)                                                                                       \
-    extern "C" __attribute__((visibility("default"))) int name() { return -1; }
+#define KORALINK_STUB(name)                                                                                            \
+    extern "C" __attribute__((visibility("default"))) int name()                                                       \
+    {                                                                                                                  \
+        return -1;                                                                                                     \
+    }
 
 KORALINK_STUB(setFBenable)
 KORALINK_STUB(setCtrlReset)

@@ -39,8 +39,8 @@ DestinationPtr DestinationMaker::newFunctorDestination(FunctorDestination::LogFu
 DestinationPtr DestinationMaker::newFunctorDestination(QObject* receiver, const char* slotSignature)
 {
     auto destination = std::make_unique<FunctorDestination>(nullptr);
-    QObject::connect(destination.get(), SIGNAL(logMessageReady(QsLogging::LogMessage)), receiver,
-                     slotSignature, Qt::QueuedConnection);
+    QObject::connect(destination.get(), SIGNAL(logMessageReady(QsLogging::LogMessage)), receiver, slotSignature,
+                     Qt::QueuedConnection);
     return destination;
 }
 

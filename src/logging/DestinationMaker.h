@@ -13,8 +13,8 @@ class DestinationMaker
 public:
     /// @param rotation  1 rotates by size; any other value keeps one file and begins it anew
     /// @param sizeInBytesToRotateAfter, oldLogsToKeep  see SizeRotationStrategy
-    static DestinationPtr newFileDestination(const QString& filePath, int rotation,
-                                             qint64 sizeInBytesToRotateAfter, int oldLogsToKeep);
+    static DestinationPtr newFileDestination(const QString& filePath, int rotation, qint64 sizeInBytesToRotateAfter,
+                                             int oldLogsToKeep);
 
     static DestinationPtr newDebugOutputDestination();
 

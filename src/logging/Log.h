@@ -7,9 +7,8 @@
 /// How the program logs: KORA_LOG_WARN << "text" << value;
 /// A suppressed statement costs one comparison and evaluates none of its arguments. A loop rather than an
 /// `if`, so that an `else` behind the statement keeps its own `if`.
-#define KORA_LOG(level_)                                                                                     \
-    for (bool koraLogs = QsLogging::Logger::instance().currentLevel() < (level_) + 1; koraLogs;              \
-         koraLogs = false)                                                                                   \
+#define KORA_LOG(level_)                                                                                               \
+    for (bool koraLogs = QsLogging::Logger::instance().currentLevel() < (level_) + 1; koraLogs; koraLogs = false)      \
     QsLogging::LogStatement(level_).stream()
 
 #define KORA_LOG_TRACE KORA_LOG(QsLogging::TraceLevel)

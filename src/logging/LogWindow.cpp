@@ -128,8 +128,7 @@ void Window::connectControls()
     connect(form->comboBoxLevel, SIGNAL(currentIndexChanged(int)), SLOT(OnLevelChanged(int)));
     connect(form->checkBoxAutoScroll, SIGNAL(toggled(bool)), SLOT(OnAutoScrollChanged(bool)));
     // Before the proxy joins, so that the table hears of a line here first.
-    connect(&model, SIGNAL(rowsInserted(QModelIndex, int, int)),
-            SLOT(ModelRowsInserted(QModelIndex, int, int)));
+    connect(&model, SIGNAL(rowsInserted(QModelIndex, int, int)), SLOT(ModelRowsInserted(QModelIndex, int, int)));
 }
 
 void Window::setHeaderSizes()

@@ -8,9 +8,7 @@
 
 namespace QsLogging {
 
-SizeRotationStrategy::SizeRotationStrategy(qint64 maximum, int oldFiles) : maxSize(maximum), backups(oldFiles)
-{
-}
+SizeRotationStrategy::SizeRotationStrategy(qint64 maximum, int oldFiles) : maxSize(maximum), backups(oldFiles) {}
 
 void SizeRotationStrategy::fileOpened(const QFile& file)
 {
@@ -46,8 +44,7 @@ void SizeRotationStrategy::rotate()
         const QString to = backupName(number + 1);
         removeFile(to);
         if (!renameFile(from, to))
-            std::cerr << "QsLog: could not rename backup " << qPrintable(from) << " to " << qPrintable(to)
-                      << std::endl;
+            std::cerr << "QsLog: could not rename backup " << qPrintable(from) << " to " << qPrintable(to) << std::endl;
     }
 
     const QString newest = backupName(1);

@@ -39,8 +39,7 @@ void WindowLogFilterProxyModel::setSourceModel(QAbstractItemModel* source)
     // Past the base class, which would connect and fill a mapping of its own.
     QAbstractProxyModel::setSourceModel(source);
     log = qobject_cast<const LogWindowModel*>(source);
-    connect(source, SIGNAL(rowsInserted(QModelIndex, int, int)),
-            SLOT(sourceRowsInserted(QModelIndex, int, int)));
+    connect(source, SIGNAL(rowsInserted(QModelIndex, int, int)), SLOT(sourceRowsInserted(QModelIndex, int, int)));
     connect(source, SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)), SLOT(sourceDataChanged()));
     connect(source, SIGNAL(modelAboutToBeReset()), SLOT(sourceAboutToBeReset()));
     connect(source, SIGNAL(modelReset()), SLOT(sourceReset()));

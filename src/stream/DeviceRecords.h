@@ -16,11 +16,18 @@ constexpr unsigned long requestCurrents = 0x8008421e;
 constexpr unsigned long requestSetOutputs = 0x40084228;
 
 /// State of an amplifier's high voltage: the low four bits of its status word.
-enum class HighVoltageState { Off = 0, On = 1, Rising = 3, Falling = 5 };
+enum class HighVoltageState
+{
+    Off = 0,
+    On = 1,
+    Rising = 3,
+    Falling = 5
+};
 
 /// Amplifier status as the driver fills it: 64 packed bytes, so that the doubles lie at addresses that are not
 /// multiples of eight. The accessors copy the bytes out and may be used at any address.
-struct AmplifierStatus {
+struct AmplifierStatus
+{
     unsigned char bytes[64];
 
     float highVoltageMicroamps() const { return field<float>(12); }
@@ -45,7 +52,8 @@ struct AmplifierStatus {
 static_assert(sizeof(AmplifierStatus) == 64);
 
 /// Present currents of one amplifier, channel c (0 to 3) at position 3 - c, A.
-struct CurrentRecord {
+struct CurrentRecord
+{
     double amps[4];
 
     double channel(int c) const { return amps[3 - c]; }
@@ -53,7 +61,8 @@ struct CurrentRecord {
 static_assert(sizeof(CurrentRecord) == 32);
 
 /// Four output voltages as the output unit takes them. The driver reads 36 bytes.
-struct OutputRecord {
+struct OutputRecord
+{
     double volts[4] = {0, 0, 0, 0}; ///< outputs 0 to 3, V
     std::int32_t flag = 1;          ///< always 1
 

@@ -5,7 +5,8 @@
 
 /// One record of the display stream as the FPGA delivers it: 256 bytes, little-endian, no framing.
 /// A block holds consecutive records, the oldest first; record i lies i / SAMP_FREQ seconds after the first.
-struct DisplayRecord {
+struct DisplayRecord
+{
     double pos1X; ///< BPM1 position X, raw; times bpmScaleX[0] gives micrometres
     double pos1Y;
     double int1; ///< BPM1 intensity, A
@@ -41,7 +42,8 @@ constexpr int largestBlockBytes = 0x380000;
 constexpr int largestBlockRecords = largestBlockBytes / recordBytes;
 
 /// Slots of eight bytes within a record, where signals are chosen by number.
-enum RecordSlot {
+enum RecordSlot
+{
     SlotPos1X = 0,
     SlotPos1Y = 1,
     SlotInt1 = 2,

@@ -9,9 +9,9 @@ namespace {
 /// Also false when a key is not a number.
 bool isStrictlyAscending(const QCPDataMap* map)
 {
-    return std::adjacent_find(map->constBegin(), map->constEnd(), [](const QCPGraphData& a, const QCPGraphData& b) {
-               return !(a.key < b.key);
-           }) == map->constEnd() &&
+    return std::adjacent_find(map->constBegin(), map->constEnd(),
+                              [](const QCPGraphData& a, const QCPGraphData& b) { return !(a.key < b.key); }) ==
+               map->constEnd() &&
            (map->size() != 1 || !std::isnan(map->constBegin()->key));
 }
 
@@ -19,7 +19,8 @@ bool isStrictlyAscending(const QCPDataMap* map)
 /// std::stable_sort.
 void sortByKey(QCPGraphData* begin, QCPGraphData* end)
 {
-    struct Place {
+    struct Place
+    {
         double key;
         std::ptrdiff_t index;
     };
@@ -27,9 +28,8 @@ void sortByKey(QCPGraphData* begin, QCPGraphData* end)
     places.reserve(std::size_t(end - begin));
     for (const QCPGraphData* point = begin; point != end; ++point)
         places.push_back({point->key, point - begin});
-    std::sort(places.begin(), places.end(), [](const Place& a, const Place& b) {
-        return a.key < b.key || (a.key == b.key && a.index < b.index);
-    });
+    std::sort(places.begin(), places.end(),
+              [](const Place& a, const Place& b) { return a.key < b.key || (a.key == b.key && a.index < b.index); });
     const std::vector<QCPGraphData> unordered(begin, end);
     std::transform(places.begin(), places.end(), begin,
                    [&](const Place& place) { return unordered[std::size_t(place.index)]; });
@@ -60,8 +60,8 @@ void orderAsMap(QCPDataMap* map)
     if (isStrictlyAscending(map))
         return;
     QCPGraphData* const begin = &*map->begin();
-    QCPGraphData* end = std::remove_if(begin, begin + map->size(),
-                                       [](const QCPGraphData& point) { return std::isnan(point.key); });
+    QCPGraphData* end =
+        std::remove_if(begin, begin + map->size(), [](const QCPGraphData& point) { return std::isnan(point.key); });
     sortByKey(begin, end);
     end = keepLastOfEqualKeys(begin, end);
     const int kept = int(end - begin);

@@ -1,8 +1,8 @@
 #include "stream/Spectrum.h"
 
 #include "stream/GraphDataWriter.h"
-#include "stream/Updater.h"
 #include "stream/TraceDecoder.h"
+#include "stream/Updater.h"
 
 #include <fftw3.h>
 
@@ -13,10 +13,12 @@
 
 namespace {
 
-struct FftwFree {
+struct FftwFree
+{
     void operator()(void* memory) const { fftw_free(memory); }
 };
-struct FftwDestroy {
+struct FftwDestroy
+{
     void operator()(fftw_plan plan) const { fftw_destroy_plan(plan); }
 };
 using InputArray = std::unique_ptr<double[], FftwFree>;

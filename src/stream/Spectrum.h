@@ -3,7 +3,8 @@
 #include "stream/DisplayRecord.h"
 #include "stream/PlotData.h"
 
-struct SpectrumSettings {
+struct SpectrumSettings
+{
     int length;    ///< points of the transform; less than one gives an empty spectrum
     int slot;      ///< of the record, 0 to 31
     double factor; ///< applied to the slot

@@ -12,7 +12,8 @@
 constexpr int cloudRecords = 1000;
 
 /// A trace to be filled.
-struct TraceTarget {
+struct TraceTarget
+{
     QCPDataMap* map;
     int slot; ///< of the record
     double factor;
@@ -27,4 +28,3 @@ void decodeTimeTraces(const DisplayRecord* block, int count, int rate, const std
 /// @param slotX, slotY of the record; @param factorX, factorY to micrometres
 void decodeCloud(const DisplayRecord* block, int count, int slotX, int slotY, double factorX, double factorY,
                  QCPDataMap* map);
-

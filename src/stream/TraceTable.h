@@ -4,10 +4,18 @@
 #include "stream/Updater.h"
 
 /// Factor from a slot of the record to what the screens show.
-enum class SlotScale { None, Bpm1X, Bpm1Y, Bpm2X, Bpm2Y };
+enum class SlotScale
+{
+    None,
+    Bpm1X,
+    Bpm1Y,
+    Bpm2X,
+    Bpm2Y
+};
 
 /// Where a trace against time comes from.
-struct TimeTrace {
+struct TimeTrace
+{
     Updater::GraphKind kind;
     int channel;
     int slot;

@@ -6,8 +6,8 @@
 #include "stream/DeviceFile.h"
 #include "stream/MissingStream.h"
 #include "stream/Spectrum.h"
-#include "stream/TraceTable.h"
 #include "stream/TraceDecoder.h"
+#include "stream/TraceTable.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,11 +22,16 @@ constexpr std::size_t bufferBytes = 0x2000000;
 double factorOf(SlotScale scale)
 {
     switch (scale) {
-    case SlotScale::Bpm1X: return bpmScaleX[0];
-    case SlotScale::Bpm1Y: return bpmScaleY[0];
-    case SlotScale::Bpm2X: return bpmScaleX[1];
-    case SlotScale::Bpm2Y: return bpmScaleY[1];
-    case SlotScale::None: break;
+    case SlotScale::Bpm1X:
+        return bpmScaleX[0];
+    case SlotScale::Bpm1Y:
+        return bpmScaleY[0];
+    case SlotScale::Bpm2X:
+        return bpmScaleX[1];
+    case SlotScale::Bpm2Y:
+        return bpmScaleY[1];
+    case SlotScale::None:
+        break;
     }
     return 1.0;
 }
@@ -57,16 +62,26 @@ QCPDataMap** Updater::registered(int kind, int channel)
         return channel >= 0 && channel < int(std::size(maps)) ? &maps[channel] : nullptr;
     };
     switch (kind) {
-    case KindXY1: return &dataXY[0];
-    case KindXY2: return &dataXY[1];
-    case KindFFT: return &dataFFT;
-    case KindCurrents1: return of(dataCurrents[0]);
-    case KindCurrents2: return of(dataCurrents[1]);
-    case KindPosX: return of(dataPosX);
-    case KindPosY: return of(dataPosY);
-    case KindInt: return of(dataInt);
-    case KindDAC: return of(dataDAC);
-    default: return nullptr;
+    case KindXY1:
+        return &dataXY[0];
+    case KindXY2:
+        return &dataXY[1];
+    case KindFFT:
+        return &dataFFT;
+    case KindCurrents1:
+        return of(dataCurrents[0]);
+    case KindCurrents2:
+        return of(dataCurrents[1]);
+    case KindPosX:
+        return of(dataPosX);
+    case KindPosY:
+        return of(dataPosY);
+    case KindInt:
+        return of(dataInt);
+    case KindDAC:
+        return of(dataDAC);
+    default:
+        return nullptr;
     }
 }
 

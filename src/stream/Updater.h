@@ -17,7 +17,8 @@ class Updater : public QObject
 
 public:
     /// What setGraphData() registers. The numbers are fixed.
-    enum GraphKind {
+    enum GraphKind
+    {
         KindXY1 = 0,
         KindXY2 = 1,
         KindFFT = 2,

@@ -8,8 +8,7 @@ namespace {
 /// First element below the parent, in document order, whose whole text equals the wanted one.
 QDomElement elementWithText(const QDomElement& parent, const QString& text)
 {
-    for (QDomElement child = parent.firstChildElement(); !child.isNull();
-         child = child.nextSiblingElement()) {
+    for (QDomElement child = parent.firstChildElement(); !child.isNull(); child = child.nextSiblingElement()) {
         if (child.text() == text)
             return child;
         const QDomElement below = elementWithText(child, text);

@@ -20,10 +20,7 @@ constexpr int levelCount = 3;
 /// A user name or password as the control library takes it: without a terminator where it fills the buffer.
 struct Credential
 {
-    explicit Credential(const QString& text)
-    {
-        std::strncpy(bytes, text.toLatin1().constData(), credentialBytes);
-    }
+    explicit Credential(const QString& text) { std::strncpy(bytes, text.toLatin1().constData(), credentialBytes); }
     __attribute__((nonstring)) char bytes[credentialBytes];
 };
 
@@ -38,8 +35,7 @@ int levelOfName(const QString& name)
 
 } // namespace
 
-DialogLogin::DialogLogin(QWidget* mainWindow)
-    : QDialog(mainWindow), ui(new Ui::DialogLogin), mainWindow(mainWindow)
+DialogLogin::DialogLogin(QWidget* mainWindow) : QDialog(mainWindow), ui(new Ui::DialogLogin), mainWindow(mainWindow)
 {
     ui->setupUi(this);
     connect(ui->logIn, SIGNAL(released()), this, SLOT(checkPasswd()));

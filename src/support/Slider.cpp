@@ -84,8 +84,7 @@ void Slider::setScale(int ticks, float min, float max)
     if (ticks > 0) {
         const float step = (max - min) / float(ticks);
         for (int i = 0; i < ticks; ++i) {
-            labelRow->addWidget(
-                scaleLabel(QString::number(double(float(i) * step + min), 'g', 6), Qt::AlignCenter));
+            labelRow->addWidget(scaleLabel(QString::number(double(float(i) * step + min), 'g', 6), Qt::AlignCenter));
             labelRow->addStretch();
         }
     }

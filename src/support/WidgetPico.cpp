@@ -27,6 +27,5 @@ void WidgetPico::setCurrents(double ch1, double ch2, double ch3, double ch4)
 void WidgetPico::sendSettings()
 {
     const QStringList ranges{QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("AUTO")};
-    mailbox->ionbarSetRange(ranges.indexOf(ui->rangeBox->currentText()),
-                            static_cast<unsigned char>(ionbarIndex));
+    mailbox->ionbarSetRange(ranges.indexOf(ui->rangeBox->currentText()), static_cast<unsigned char>(ionbarIndex));
 }

@@ -40,8 +40,7 @@ QPixmap modulePicture(const QString& code)
 
 } // namespace
 
-WindowSFPstatus::WindowSFPstatus(QWidget* parent)
-    : QDialog(parent), ui(std::make_unique<Ui::WindowSFPstatus>())
+WindowSFPstatus::WindowSFPstatus(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowSFPstatus>())
 {
     ui->setupUi(this);
     updateSFPdata();

@@ -15,10 +15,7 @@ constexpr int sixteenthsPerPixel = 8;
 
 } // namespace
 
-Graph3D::Graph3D(QWidget* parent)
-    : QGLWidget(QGLFormat(QGL::SampleBuffers), parent), surface(new SurfacePlot(this))
-{
-}
+Graph3D::Graph3D(QWidget* parent) : QGLWidget(QGLFormat(QGL::SampleBuffers), parent), surface(new SurfacePlot(this)) {}
 
 void Graph3D::setData(const float* data, int nx, int ny)
 {

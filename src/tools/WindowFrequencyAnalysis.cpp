@@ -6,11 +6,11 @@
 #include "stream/DeviceFile.h"
 #include "stream/DeviceRecords.h"
 #include "stream/MissingStream.h"
+#include "tools/Pause.h"
+#include "tools/PendingEvents.h"
 #include "tools/frequency/Demodulation.h"
 #include "tools/frequency/FrequencyCsv.h"
 #include "tools/frequency/FrequencySweep.h"
-#include "tools/Pause.h"
-#include "tools/PendingEvents.h"
 
 #include "ui_WindowFrequencyAnalysis.h"
 
@@ -230,8 +230,7 @@ void WindowFrequencyAnalysis::runSweep()
 {
     const QPointer<WindowFrequencyAnalysis> self = this;
     if (mailbox->pidStatus != PidStatusOff) {
-        refuse("PID Running ...\n",
-               "Feedback need to be stopped before starting the Frequency Analysis.\n\n");
+        refuse("PID Running ...\n", "Feedback need to be stopped before starting the Frequency Analysis.\n\n");
         // isSweeping stays set: a stop that is pressed now counts for the next sweep.
         if (self)
             ui->StartSweepPushButton->setEnabled(true);
@@ -326,8 +325,8 @@ int WindowFrequencyAnalysis::addPlot()
     return plotCount++;
 }
 
-void WindowFrequencyAnalysis::measurePoints(const Sweep& sweep, DeviceFile& stream,
-                                            std::vector<DisplayRecord>& block, int length)
+void WindowFrequencyAnalysis::measurePoints(const Sweep& sweep, DeviceFile& stream, std::vector<DisplayRecord>& block,
+                                            int length)
 {
     const QPointer<WindowFrequencyAnalysis> self = this;
     double phase = 0;
@@ -341,9 +340,8 @@ void WindowFrequencyAnalysis::measurePoints(const Sweep& sweep, DeviceFile& stre
     }
 }
 
-double WindowFrequencyAnalysis::measurePoint(const Sweep& sweep, DeviceFile& stream,
-                                             std::vector<DisplayRecord>& block, int index,
-                                             double previousPhase)
+double WindowFrequencyAnalysis::measurePoint(const Sweep& sweep, DeviceFile& stream, std::vector<DisplayRecord>& block,
+                                             int index, double previousPhase)
 {
     const auto hertz = float(sweepFrequencies[std::size_t(index)]);
     SAMP_FREQ = frequency_sweep::timing(hertz).streamHz;
@@ -358,8 +356,8 @@ double WindowFrequencyAnalysis::measurePoint(const Sweep& sweep, DeviceFile& str
 
     // The last record is not used.
     demodulation::Response response =
-        demodulation::demodulate(block.data(), largestBlockRecords - 1, sweep.inputSlot,
-                                 useBPMscaling ? bpmScale : 1.0, sweep.amplitudes[sweep.output]);
+        demodulation::demodulate(block.data(), largestBlockRecords - 1, sweep.inputSlot, useBPMscaling ? bpmScale : 1.0,
+                                 sweep.amplitudes[sweep.output]);
     if (index > 0)
         response.phaseDeg = demodulation::unwrapped(previousPhase, response.phaseDeg);
     funcGenEnable(0);
@@ -407,9 +405,8 @@ void WindowFrequencyAnalysis::slotExportMeasPushButton()
 {
     const QPointer<WindowFrequencyAnalysis> self = this;
     // Without a parent, so that the dialog outlives a window that is destroyed beneath it.
-    QString path =
-        QFileDialog::getSaveFileName(nullptr, QStringLiteral("Select a file to export the data"), QString(),
-                                     QStringLiteral("CSV files (*.csv);;All Files (*)"));
+    QString path = QFileDialog::getSaveFileName(nullptr, QStringLiteral("Select a file to export the data"), QString(),
+                                                QStringLiteral("CSV files (*.csv);;All Files (*)"));
     if (!self || path.isEmpty())
         return;
     plotItems = ui->plotsTree->selectedItems();

@@ -47,8 +47,7 @@ float averagedSum(DeviceFile& amplifier, unsigned long stepMicroseconds)
 
 } // namespace
 
-WindowRocking3D::WindowRocking3D(QWidget* parent)
-    : QDialog(parent), ui(std::make_unique<Ui::WindowRocking3D>())
+WindowRocking3D::WindowRocking3D(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowRocking3D>())
 {
     ui->setupUi(this);
     detachEnterKey(this);
@@ -120,7 +119,7 @@ QString WindowRocking3D::fileHeader() const
 {
     // The capitals are no format letters: the files carry the two letters "DD" in place of the day.
     return grid_scan::header(QDateTime::currentDateTime().toString(QStringLiteral("hh:mm:ss DD.MM.yyyy")),
-                                QHostInfo::localHostName());
+                             QHostInfo::localHostName());
 }
 
 void WindowRocking3D::saveData()

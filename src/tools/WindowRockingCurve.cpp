@@ -9,8 +9,8 @@
 #include "stream/PlotData.h"
 #include "tools/DialogKeys.h"
 #include "tools/Pause.h"
-#include "tools/PidOffset.h"
 #include "tools/PendingEvents.h"
+#include "tools/PidOffset.h"
 #include "ui_WindowRockingCurve.h"
 
 #include <cmath>

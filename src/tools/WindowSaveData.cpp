@@ -68,12 +68,12 @@ void WindowSaveData::saveData(QAbstractButton* button)
     const QString path = ui->pathLineEdit->text();
     QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text;
     if (QFile::exists(path)) {
-        const QMessageBox::StandardButton answer = QMessageBox::warning(
-            nullptr, QStringLiteral("File exists"),
-            QStringLiteral("File: %1 already exist.\n\nOverwrite file?\n\nYes - overwrite file\n"
-                           "No - append to existing file\nCancel - cancel writing to file")
-                .arg(path),
-            QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        const QMessageBox::StandardButton answer =
+            QMessageBox::warning(nullptr, QStringLiteral("File exists"),
+                                 QStringLiteral("File: %1 already exist.\n\nOverwrite file?\n\nYes - overwrite file\n"
+                                                "No - append to existing file\nCancel - cancel writing to file")
+                                     .arg(path),
+                                 QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
         if (!self || (answer != QMessageBox::Yes && answer != QMessageBox::No))
             return;
         if (answer == QMessageBox::Yes)
@@ -91,11 +91,10 @@ void WindowSaveData::saveData(QAbstractButton* button)
 void WindowSaveData::readChannels()
 {
     const QCheckBox* const boxes[save_data::channelCount] = {
-        ui->checkIonBarch1,   ui->checkIonBarch2,   ui->checkIonBarch3,   ui->checkIonBarch4,
-        ui->checkIonBarch1_2, ui->checkIonBarch2_2, ui->checkIonBarch3_2, ui->checkIonBarch4_2,
-        ui->checkAnvoltch1,   ui->checkAnvoltch2,   ui->checkAnvoltch3,   ui->checkBPMposX,
-        ui->checkBPMposY,     ui->checkBPMi0,       ui->checkBPMposX_2,   ui->checkBPMposY_2,
-        ui->checkBPMi0_2};
+        ui->checkIonBarch1,   ui->checkIonBarch2,   ui->checkIonBarch3,   ui->checkIonBarch4, ui->checkIonBarch1_2,
+        ui->checkIonBarch2_2, ui->checkIonBarch3_2, ui->checkIonBarch4_2, ui->checkAnvoltch1, ui->checkAnvoltch2,
+        ui->checkAnvoltch3,   ui->checkBPMposX,     ui->checkBPMposY,     ui->checkBPMi0,     ui->checkBPMposX_2,
+        ui->checkBPMposY_2,   ui->checkBPMi0_2};
     for (int i = 0; i < save_data::channelCount; ++i)
         channelEnabled[i] = boxes[i]->isChecked();
 }
@@ -116,9 +115,8 @@ QString WindowSaveData::fileHeader()
                           "Kinetic Orbit Rectification Array\r\n"
                           "\r\n"
                           "Time and Date: ") +
-           now + QStringLiteral("\r\nHost Name: ") + QHostInfo::localHostName() +
-           QStringLiteral("\r\n\r\nComment: ") + ui->commentTextEdit->toPlainText() +
-           QStringLiteral("\r\n\r\n");
+           now + QStringLiteral("\r\nHost Name: ") + QHostInfo::localHostName() + QStringLiteral("\r\n\r\nComment: ") +
+           ui->commentTextEdit->toPlainText() + QStringLiteral("\r\n\r\n");
 }
 
 QString WindowSaveData::columnHeader()

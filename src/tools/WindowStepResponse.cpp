@@ -199,12 +199,10 @@ WindowStepResponse::Run WindowStepResponse::requestedRun() const
         double bias;
         double step;
         int responseSlot;
-    } axes[] = {{ui->stepInXbutton, outputX, ui->posXbiasDoubleSpinBox->value(),
-                 ui->posXStepDoubleSpinBox->value(), SlotPos1X},
-                {ui->stepInYbutton, outputY, ui->posYbiasDoubleSpinBox->value(),
-                 ui->posYStepDoubleSpinBox->value(), SlotPos1Y},
-                {ui->stepInI0button, outputI0, ui->i0biasDoubleSpinBox->value(),
-                 ui->i0StepDoubleSpinBox->value(), SlotInt1}};
+    } axes[] = {
+        {ui->stepInXbutton, outputX, ui->posXbiasDoubleSpinBox->value(), ui->posXStepDoubleSpinBox->value(), SlotPos1X},
+        {ui->stepInYbutton, outputY, ui->posYbiasDoubleSpinBox->value(), ui->posYStepDoubleSpinBox->value(), SlotPos1Y},
+        {ui->stepInI0button, outputI0, ui->i0biasDoubleSpinBox->value(), ui->i0StepDoubleSpinBox->value(), SlotInt1}};
     Run run = {{}, {}, noSlot, SlotPos1X, 0, 0};
     // The output that no axis drives rests where its controller leaves it with the feedback off: at 0 V it
     // would throw the beam aside, and the answer would be that of another place.
@@ -216,8 +214,7 @@ WindowStepResponse::Run WindowStepResponse::requestedRun() const
         run.stepped.set(axis.output, axis.bias + axis.step);
         if (axis.selector->isChecked()) {
             run.stimulusSlot = OutputRecord::hasOutput(axis.output) ? SlotDac + axis.output : noSlot;
-            run.responseSlot =
-                axis.responseSlot + (ui->useBPM2checkbox->isChecked() ? slotsBetweenMonitors : 0);
+            run.responseSlot = axis.responseSlot + (ui->useBPM2checkbox->isChecked() ? slotsBetweenMonitors : 0);
             run.bias = axis.bias;
             run.step = axis.step;
         }

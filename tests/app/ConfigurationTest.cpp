@@ -93,10 +93,7 @@ private:
     void vibrate(double hertz, double x, double y) { session->plant().setVibration(0, hertz, x, y); }
     double amplitudeX(int trace) { return amplitude(updater->dataPosX[trace]); }
     double amplitudeY(int trace) { return amplitude(updater->dataPosY[trace]); }
-    QString heartbeat()
-    {
-        return find<QLabel>(session->widgetOf("WidgetFeedbackControl"), "heartbeatLabel")->text();
-    }
+    QString heartbeat() { return find<QLabel>(session->widgetOf("WidgetFeedbackControl"), "heartbeatLabel")->text(); }
     void toggleFeedback()
     {
         operate::press(find<QPushButton>(session->widgetOf("WidgetFeedbackControl"), "buttonFdbk"));

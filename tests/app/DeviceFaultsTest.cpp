@@ -229,9 +229,8 @@ private slots:
         QFETCH(QString, path);
         const QByteArray settingsBefore = settingsBytes();
         // Present where a tool opens it, since that is the first pause of none.
-        driven_pause::setAction([&](unsigned long) {
-            session->plant().setDevicePresent(qPrintable(path), ++pauses % 3 == 0);
-        });
+        driven_pause::setAction(
+            [&](unsigned long) { session->plant().setDevicePresent(qPrintable(path), ++pauses % 3 == 0); });
         FileDialogs dialogs{QString()};
         MessageBoxes boxes;
         LogLines log(QsLogging::InfoLevel);
@@ -306,8 +305,8 @@ private slots:
         QVERIFY(QDir().rmdir(settingsPath()));
         QVERIFY(QFile::rename(folder.filePath(QStringLiteral("kept.ini")), settingsPath()));
         // Limits that cannot be read are zero, and the installation refuses a range without room.
-        QCOMPARE(warnings(log), QStringList({QStringLiteral("3 setROClimits() failed "),
-                                             QStringLiteral("3 setROClimits() failed ")}));
+        QCOMPARE(warnings(log),
+                 QStringList({QStringLiteral("3 setROClimits() failed "), QStringLiteral("3 setROClimits() failed ")}));
         verifyThatTheNextSecondIsGood();
     }
 

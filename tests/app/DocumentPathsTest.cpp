@@ -60,8 +60,7 @@ QString repositoryPath(const QString& name)
 /// A path from the top; a bare file name may lie in any folder; a star stands for part of a name.
 bool existsInRepository(const QString& path)
 {
-    const QString folder =
-        path.contains(QLatin1Char('/')) ? path.section(QLatin1Char('/'), 0, -2) : QString();
+    const QString folder = path.contains(QLatin1Char('/')) ? path.section(QLatin1Char('/'), 0, -2) : QString();
     const QString file = path.section(QLatin1Char('/'), -1);
     if (file.contains(QLatin1Char('*')))
         return !QDir(repository().filePath(folder))
@@ -84,8 +83,7 @@ bool existsInRepository(const QString& path)
 QStringList documents()
 {
     QStringList paths{QStringLiteral("README.md"), QStringLiteral("CONTRIBUTING.md")};
-    for (const QString& name :
-         QDir(repository().filePath(QStringLiteral("docs"))).entryList({QStringLiteral("*.md")}))
+    for (const QString& name : QDir(repository().filePath(QStringLiteral("docs"))).entryList({QStringLiteral("*.md")}))
         paths.append(QStringLiteral("docs/") + name);
     return paths;
 }
@@ -190,8 +188,7 @@ private slots:
 
     void linksToOtherPlacesAreLeftAlone()
     {
-        const QString text =
-            QStringLiteral("![x](images/x.png) [y](https://example.org/y) [z](#part) [w](w.md#part)");
+        const QString text = QStringLiteral("![x](images/x.png) [y](https://example.org/y) [z](#part) [w](w.md#part)");
         QCOMPARE(linkedFiles(text), QStringList({QStringLiteral("images/x.png"), QStringLiteral("w.md")}));
     }
 };

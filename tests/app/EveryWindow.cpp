@@ -8,9 +8,8 @@
 
 namespace {
 
-const char* const panels[] = {"WidgetGraphXY", "WidgetFeedbackControl", "WidgetGraphFFT",
-                              "WidgetPidCtrl", "WidgetGraphCurrents",   "WidgetGraphPos",
-                              "WidgetGraphInt"};
+const char* const panels[] = {"WidgetGraphXY",       "WidgetFeedbackControl", "WidgetGraphFFT", "WidgetPidCtrl",
+                              "WidgetGraphCurrents", "WidgetGraphPos",        "WidgetGraphInt"};
 
 /// The tools that no level opens are opened by their slots.
 const char* const closedTools[] = {"showRockCurve", "showRockCurve3D", "showStepResponse"};

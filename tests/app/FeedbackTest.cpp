@@ -133,8 +133,10 @@ private slots:
         QVERIFY(std::abs(x - targetX) < plot->xAxis->range().size() / 100);
         QVERIFY(std::abs(y - targetY) < plot->yAxis->range().size() / 100);
         session->tick(8);
-        QVERIFY2(std::abs(statistic("posXMeanLineEdit") - x) < 0.2, qPrintable(QString::number(statistic("posXMeanLineEdit"))));
-        QVERIFY2(std::abs(statistic("posYMeanLineEdit") - y) < 0.2, qPrintable(QString::number(statistic("posYMeanLineEdit"))));
+        QVERIFY2(std::abs(statistic("posXMeanLineEdit") - x) < 0.2,
+                 qPrintable(QString::number(statistic("posXMeanLineEdit"))));
+        QVERIFY2(std::abs(statistic("posYMeanLineEdit") - y) < 0.2,
+                 qPrintable(QString::number(statistic("posYMeanLineEdit"))));
     }
 
     void beamOffHoldsTheLoopsAndItsReturnResumes()

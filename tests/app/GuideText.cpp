@@ -88,8 +88,8 @@ QString guide_text::firstCells(const QString& chapter)
 
 QStringList guide_text::messageLines()
 {
-    static const QRegularExpression call(QStringLiteral(
-        "(?:QMessageBox::(?:warning|information|critical)\\(|refuse\\(|constexpr Refusal)[^;]*;"));
+    static const QRegularExpression call(
+        QStringLiteral("(?:QMessageBox::(?:warning|information|critical)\\(|refuse\\(|constexpr Refusal)[^;]*;"));
     static const QRegularExpression literal(QStringLiteral("\"((?:[^\"\\\\]|\\\\.)*)\""));
     static const QRegularExpression separator(QStringLiteral("\\\\n|%1"));
     QString sources;

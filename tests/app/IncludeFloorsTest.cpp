@@ -42,9 +42,9 @@ Floor floorInLogging(const QString& unit)
 /// objects that reach it, and their parts.
 Floor floorAtTheHardware(const QString& unit)
 {
-    static const QRegularExpression record(QStringLiteral(
-        "^(DisplayRecord|DeviceRecords|DeviceFile|PlotData|koralink|PidStatus|VersionText|SettingsPath|"
-        "LoopConfiguration|stub)$"));
+    static const QRegularExpression record(
+        QStringLiteral("^(DisplayRecord|DeviceRecords|DeviceFile|PlotData|koralink|PidStatus|VersionText|SettingsPath|"
+                       "LoopConfiguration|stub)$"));
     return unit.contains(record) ? Records : HardwareAccess;
 }
 
@@ -257,9 +257,8 @@ private slots:
 
     void includesAreReadWhateverTheirBlanks()
     {
-        const QString text =
-            QStringLiteral("#include \"a/b.h\"\n  # include  \"c.h\" // why\n#include <QDir>\n"
-                           "// #include \"d.h\"\n");
+        const QString text = QStringLiteral("#include \"a/b.h\"\n  # include  \"c.h\" // why\n#include <QDir>\n"
+                                            "// #include \"d.h\"\n");
         QCOMPARE(quotedIncludes(text), QStringList({QStringLiteral("a/b.h"), QStringLiteral("c.h")}));
     }
 };

@@ -89,8 +89,7 @@ const std::vector<Function>& functions()
         {"getPIDstatus", {}},
         {"getBPMStats", {}},
         {"getSFPinfo",
-         {"getSFPinfo( 0 ) failed ", "getSFPinfo( 1 ) failed ", "getSFPinfo( 2 ) failed ",
-          "getSFPinfo( 3 ) failed "}},
+         {"getSFPinfo( 0 ) failed ", "getSFPinfo( 1 ) failed ", "getSFPinfo( 2 ) failed ", "getSFPinfo( 3 ) failed "}},
         {"getSystemVersion", {"getSystemVersion() failed "}},
         {"getLock", {}},
     };
@@ -187,8 +186,7 @@ private:
 
     void configureFeedback()
     {
-        for (const char* button :
-             {"buttonUpdate", "updateConfButton", "resetPIDbutton", "buttonFdbk", "buttonFdbk"})
+        for (const char* button : {"buttonUpdate", "updateConfButton", "resetPIDbutton", "buttonFdbk", "buttonFdbk"})
             pressIn("WidgetFeedbackControl", button);
         pressIn("WidgetPidCtrl", "pushButtonUpdate");
         trigger("action_PID_Parameters");
@@ -241,10 +239,7 @@ private:
         return status;
     }
 
-    static void useTrainingSettings()
-    {
-        QVERIFY(QFile::copy(QStringLiteral(KORA_TRAINING_SETTINGS), settingsPath()));
-    }
+    static void useTrainingSettings() { QVERIFY(QFile::copy(QStringLiteral(KORA_TRAINING_SETTINGS), settingsPath())); }
 
     QStringList warnings(LogLines& log)
     {
@@ -316,8 +311,9 @@ private slots:
         const QLatin1String name(function.name);
         fail(function.name);
         // These two return data, so that a failure has no mark but the same number.
-        answers().lock = [failing = name == QLatin1String("getLock")](
-                             const std::string&, const std::string&) { return failing ? -1 : 2; };
+        answers().lock = [failing = name == QLatin1String("getLock")](const std::string&, const std::string&) {
+            return failing ? -1 : 2;
+        };
         if (name == QLatin1String("getPIDstatus"))
             answers().pidStatus = PID_Status_Type(-1);
         useTrainingSettings();
@@ -398,8 +394,7 @@ private slots:
     void aSettingsFileAtFaultIsSurvived_data()
     {
         QTest::addColumn<QString>("kind");
-        for (const char* kind :
-             {"missing", "directory", "below a file", "binary garbage", "texts for numbers"})
+        for (const char* kind : {"missing", "directory", "below a file", "binary garbage", "texts for numbers"})
             QTest::newRow(kind) << QString::fromLatin1(kind);
     }
     void aSettingsFileAtFaultIsSurvived()
@@ -417,9 +412,8 @@ private slots:
                 file.putChar(char(i * 7919 + (i >> 3)));
         }
         if (kind == QLatin1String("texts for numbers")) {
-            for (const char* key :
-                 {"BPM1/Scale_X", "BPM1/Top", "BPM2/Orient", "ROCandROI/RoiX", "ROCandROI/BeamOffTh",
-                  "PID_Xlf/Freq", "PID_Yhf/Omax", "Beamline/DAC_posXlf", "PositionFilters/XlfFilter"})
+            for (const char* key : {"BPM1/Scale_X", "BPM1/Top", "BPM2/Orient", "ROCandROI/RoiX", "ROCandROI/BeamOffTh",
+                                    "PID_Xlf/Freq", "PID_Yhf/Omax", "Beamline/DAC_posXlf", "PositionFilters/XlfFilter"})
                 scratch_settings::setValue(key, QStringLiteral("nan of your business"));
         }
         MessageBoxes boxes;

@@ -27,8 +27,7 @@ QString nameOf(const QWidget* widget)
     if (!widget)
         return QStringLiteral("nothing");
     const auto* button = qobject_cast<const QAbstractButton*>(widget);
-    return QStringLiteral("%1 %2%3").arg(QLatin1String(widget->metaObject()->className()),
-                                         widget->objectName(),
+    return QStringLiteral("%1 %2%3").arg(QLatin1String(widget->metaObject()->className()), widget->objectName(),
                                          button ? QStringLiteral(" \"%1\"").arg(button->text()) : QString());
 }
 
@@ -47,8 +46,7 @@ QString firstDifference(const QVector<QWidget*>& expected, const QVector<QWidget
         if (expected.value(i) != found.value(i))
             return QStringLiteral("place %1: %2 by its position, %3 by the Tab key\n%4")
                 .arg(i + 1)
-                .arg(nameOf(expected.value(i)), nameOf(found.value(i)),
-                     namesOf(found).join(QLatin1Char('\n')));
+                .arg(nameOf(expected.value(i)), nameOf(found.value(i)), namesOf(found).join(QLatin1Char('\n')));
     }
     return QString();
 }
@@ -141,8 +139,8 @@ private slots:
         QStringList titles;
         for (const QAction* action : session->window().menuBar()->actions())
             titles.append(action->menu()->title());
-        QCOMPARE(titles, QStringList({QStringLiteral("&File"), QStringLiteral("&Settings"),
-                                      QStringLiteral("&Tools"), QStringLiteral("&Help")}));
+        QCOMPARE(titles, QStringList({QStringLiteral("&File"), QStringLiteral("&Settings"), QStringLiteral("&Tools"),
+                                      QStringLiteral("&Help")}));
         for (const ActionText& row : actionTexts)
             QCOMPARE(find<QAction>(&session->window(), row.action)->text(), QString::fromLatin1(row.text));
     }
@@ -190,8 +188,7 @@ private slots:
             QCoreApplication::processEvents();
             const QVector<QWidget*> expected = reading_order::byPosition(&session->window());
             const QString difference = firstDifference(expected, reading_order::byTabKey(&session->window()));
-            QVERIFY2(difference.isEmpty(),
-                     qPrintable(dock->windowTitle() + QLatin1String(", ") + difference));
+            QVERIFY2(difference.isEmpty(), qPrintable(dock->windowTitle() + QLatin1String(", ") + difference));
             QVERIFY(expected.size() > 20);
         }
     }
@@ -257,8 +254,7 @@ private slots:
             QVERIFY2(difference.isEmpty(), qPrintable(window.className + QLatin1String(", ") + difference));
             std::reverse(expected.begin(), expected.end());
             difference = firstDifference(expected, walk(expected.first(), Qt::Key_Backtab));
-            QVERIFY2(difference.isEmpty(),
-                     qPrintable(window.className + QLatin1String(", back, ") + difference));
+            QVERIFY2(difference.isEmpty(), qPrintable(window.className + QLatin1String(", back, ") + difference));
         }
     }
 };

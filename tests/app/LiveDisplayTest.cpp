@@ -42,7 +42,8 @@ private slots:
             }
             QVERIFY(TraceExtent(*updater->dataInt[amplifier]).mean > 1e-9);
         }
-        for (QCPDataMap* map : {updater->dataPosX[0], updater->dataPosX[1], updater->dataPosY[0], updater->dataPosY[1]}) {
+        for (QCPDataMap* map :
+             {updater->dataPosX[0], updater->dataPosX[1], updater->dataPosY[0], updater->dataPosY[1]}) {
             const TraceExtent position(*map);
             QVERIFY(position.deviation > 0.01 && position.deviation < 100);
             QVERIFY(std::abs(position.mean) < 1000);

@@ -48,17 +48,14 @@ private slots:
         QTest::newRow("Graph Currents BPM1")
             << QStringLiteral("Current [A]") << four("Ionbar Ch1", "Ionbar Ch2", "Ionbar Ch3", "Ionbar Ch4");
         QTest::newRow("Graph Currents BPM2")
-            << QStringLiteral("Current [A]")
-            << four("Ionbar2 Ch1", "Ionbar2 Ch2", "Ionbar2 Ch3", "Ionbar Ch4");
-        QTest::newRow("Graph DAC") << QStringLiteral("Voltage [V]")
-                                   << four("DAC Ch1", "DAC Ch2", "DAC Ch3", "DAC Ch4");
+            << QStringLiteral("Current [A]") << four("Ionbar2 Ch1", "Ionbar2 Ch2", "Ionbar2 Ch3", "Ionbar Ch4");
+        QTest::newRow("Graph DAC") << QStringLiteral("Voltage [V]") << four("DAC Ch1", "DAC Ch2", "DAC Ch3", "DAC Ch4");
         QTest::newRow("Graph Position X")
             << QStringLiteral("Position [um]") << four("X (BPM1)", "X (BPM2)", "X (LF)", "X (HF)");
         QTest::newRow("Graph Position Y")
             << QStringLiteral("Position [um]") << four("Y (BPM1)", "Y (BPM2)", "Y (LF)", "Y (HF)");
-        QTest::newRow("Graph Intensity")
-            << QStringLiteral("Intensity [A]")
-            << QStringList({QStringLiteral("Int BPM1"), QStringLiteral("Int BPM2")});
+        QTest::newRow("Graph Intensity") << QStringLiteral("Intensity [A]")
+                                         << QStringList({QStringLiteral("Int BPM1"), QStringLiteral("Int BPM2")});
     }
 
     void timeGraphsCarryTheirLabels()
@@ -116,8 +113,8 @@ private slots:
     void oneTickScalesEveryGraph_data()
     {
         QTest::addColumn<double>("lastKey");
-        for (const char* title : {"Graph Currents BPM1", "Graph Currents BPM2", "Graph DAC",
-                                  "Graph Position X", "Graph Position Y", "Graph Intensity"})
+        for (const char* title : {"Graph Currents BPM1", "Graph Currents BPM2", "Graph DAC", "Graph Position X",
+                                  "Graph Position Y", "Graph Intensity"})
             QTest::newRow(title) << double(14335.0f / 1000.0f);
         QTest::newRow("Graph FFT") << 500.0;
     }

@@ -17,7 +17,8 @@ using operate::find;
 
 namespace {
 
-struct DockRow {
+struct DockRow
+{
     const char* title;
     Qt::DockWidgetArea area;
     const char* contentClass;
@@ -89,11 +90,11 @@ private slots:
                  QStringList({QStringLiteral("&File"), QStringLiteral("&Settings"), QStringLiteral("&Tools"),
                               QStringLiteral("&Help")}));
         QCOMPARE(textsOf(find<QMenu>(window.get(), "menu_FIle")->actions()), QStringList(QStringLiteral("&Exit")));
-        QCOMPARE(textsOf(find<QMenu>(window.get(), "menu_Tools")->actions()),
-                 QStringList({QStringLiteral("&Display Settings"), QStringLiteral("Pico&Amp"),
-                              QStringLiteral("&Beamline "), QStringLiteral("&PID Parameters"),
-                              QStringLiteral("Position Filter Settings"), QStringLiteral("&ROC/ROI"),
-                              QStringLiteral("SFP &Info"), QStringLiteral("&Login")}));
+        QCOMPARE(
+            textsOf(find<QMenu>(window.get(), "menu_Tools")->actions()),
+            QStringList({QStringLiteral("&Display Settings"), QStringLiteral("Pico&Amp"), QStringLiteral("&Beamline "),
+                         QStringLiteral("&PID Parameters"), QStringLiteral("Position Filter Settings"),
+                         QStringLiteral("&ROC/ROI"), QStringLiteral("SFP &Info"), QStringLiteral("&Login")}));
         QCOMPARE(textsOf(find<QMenu>(window.get(), "menu_Tools_2")->actions()),
                  QStringList({QStringLiteral("&Rocking Curve"), QStringLiteral("Rocking Curve &3D"),
                               QStringLiteral("Step &Response (beta version)"), QStringLiteral("Frequency Analysis"),
@@ -149,8 +150,7 @@ private slots:
     void feedbackAndPidDocksCannotBeClosed()
     {
         build();
-        QCOMPARE(dock("Feedback Control")->features(),
-                 QDockWidget::DockWidgetFeatures(QDockWidget::DockWidgetMovable));
+        QCOMPARE(dock("Feedback Control")->features(), QDockWidget::DockWidgetFeatures(QDockWidget::DockWidgetMovable));
         QVERIFY(!dock("Feedback Control")->isFloating());
         QCOMPARE(dock("PID Configuration")->features(),
                  QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);

@@ -31,11 +31,20 @@ double residentBytes()
 void tellEvents(kora::simulation::SimulationControl& plant, int second)
 {
     switch (second % quarterOfAnHour) {
-    case 20: plant.setBeamOn(false); break;
-    case 40: plant.setBeamOn(true); break;
-    case 45: plant.plug(1, 0); break;
-    case 50: plant.plug(1, 0x2101); break;
-    default: break;
+    case 20:
+        plant.setBeamOn(false);
+        break;
+    case 40:
+        plant.setBeamOn(true);
+        break;
+    case 45:
+        plant.plug(1, 0);
+        break;
+    case 50:
+        plant.plug(1, 0x2101);
+        break;
+    default:
+        break;
     }
 }
 
@@ -69,7 +78,8 @@ private slots:
                 qInfo("%d h: %.2f MB", second / hour, residentBytes() / 1e6);
         }
         const double growth = residentBytes() / settledBytes - 1;
-        qInfo("resident after %d s %.1f MB, growth to %d s %.2f %%", settled, settledBytes / 1e6, seconds, growth * 100);
+        qInfo("resident after %d s %.1f MB, growth to %d s %.2f %%", settled, settledBytes / 1e6, seconds,
+              growth * 100);
         QVERIFY(settledBytes > 0);
         QVERIFY2(growth < 0.01, qPrintable(QString::number(growth)));
         QVERIFY2(std::abs(session.plant().time() - seconds) < 1e-3, "the simulated clock drifts against the ticks");

@@ -142,15 +142,13 @@ private slots:
             const QStringList rows = guide_text::tableRows(guide_text::chapterOf(window.className));
             for (const QDoubleSpinBox* box : window.widget->findChildren<QDoubleSpinBox*>()) {
                 ++numbers;
-                const QString range =
-                    QStringLiteral("| %1 to %2").arg(box->minimum()).arg(box->maximum(), 0, 'g', 10);
+                const QString range = QStringLiteral("| %1 to %2").arg(box->minimum()).arg(box->maximum(), 0, 'g', 10);
                 const QStringList told = rows.filter(box->toolTip()).filter(range);
                 const QString where =
                     window.className + QLatin1Char(' ') + box->objectName() + QLatin1Char(' ') + range;
                 QVERIFY2(!told.isEmpty(), qPrintable(where));
                 const auto size = step.match(told.first());
-                QVERIFY2(!size.hasMatch() || size.captured(1).toDouble() == box->singleStep(),
-                         qPrintable(where));
+                QVERIFY2(!size.hasMatch() || size.captured(1).toDouble() == box->singleStep(), qPrintable(where));
             }
         }
         QVERIFY2(numbers > 70, qPrintable(QString::number(numbers)));
@@ -202,8 +200,7 @@ private slots:
     {
         everyWindow(*session);
         QWidget* window = session->widgetOf("WindowRockingCurve");
-        QCOMPARE(find<QLabel>(window, "labelTimePoint")->toolTip(),
-                 QStringLiteral("Time between two points"));
+        QCOMPARE(find<QLabel>(window, "labelTimePoint")->toolTip(), QStringLiteral("Time between two points"));
     }
 };
 

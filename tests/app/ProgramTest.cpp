@@ -193,9 +193,9 @@ private slots:
             if (!ofThePoll)
                 fromMain.append(call);
         }
-        QCOMPARE(fromMain.mid(0, 3), QStringList({QStringLiteral("getSystemVersion()"),
-                                                  QStringLiteral("getBPMselector()"),
-                                                  QStringLiteral("getDisplayFreq()")}));
+        QCOMPARE(fromMain.mid(0, 3),
+                 QStringList({QStringLiteral("getSystemVersion()"), QStringLiteral("getBPMselector()"),
+                              QStringLiteral("getDisplayFreq()")}));
     }
 };
 

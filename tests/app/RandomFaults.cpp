@@ -2,8 +2,8 @@
 
 #include "app/Dice.h"
 #include "hardware/SettingsPath.h"
-#include "simulation/SimulationControl.h"
 #include "simulation/Operations.h"
+#include "simulation/SimulationControl.h"
 #include "stream/DeviceRecords.h"
 
 #include <QDir>
@@ -37,13 +37,19 @@ void writeSettings(const QByteArray& bytes)
 QString RandomFaults::strike()
 {
     switch (dice.below(7)) {
-    case 0: return plugSomething();
-    case 1: return loseDevice();
-    case 2: return spoilSettings();
-    case 3: return spoilStream();
+    case 0:
+        return plugSomething();
+    case 1:
+        return loseDevice();
+    case 2:
+        return spoilSettings();
+    case 3:
+        return spoilStream();
     case 4:
-    case 5: return failSomeFunction();
-    default: return moveTheBeam();
+    case 5:
+        return failSomeFunction();
+    default:
+        return moveTheBeam();
     }
 }
 
@@ -74,10 +80,18 @@ QString RandomFaults::plugSomething()
 QString RandomFaults::moveTheBeam()
 {
     switch (dice.below(4)) {
-    case 0: plant.setBeamOn(dice.oneIn(2)); return QStringLiteral("beam on or off");
-    case 1: plant.setNoise(dice.fraction(), dice.fraction() * 1e-8); return QStringLiteral("noise");
-    case 2: plant.setVibration(dice.below(8), dice.fraction() * 500, dice.fraction() * 20, 5); return QStringLiteral("vibration");
-    default: plant.kick(dice.between(-2000, 2000), dice.between(-2000, 2000)); return QStringLiteral("kick");
+    case 0:
+        plant.setBeamOn(dice.oneIn(2));
+        return QStringLiteral("beam on or off");
+    case 1:
+        plant.setNoise(dice.fraction(), dice.fraction() * 1e-8);
+        return QStringLiteral("noise");
+    case 2:
+        plant.setVibration(dice.below(8), dice.fraction() * 500, dice.fraction() * 20, 5);
+        return QStringLiteral("vibration");
+    default:
+        plant.kick(dice.between(-2000, 2000), dice.between(-2000, 2000));
+        return QStringLiteral("kick");
     }
 }
 
@@ -102,7 +116,9 @@ QString RandomFaults::loseDevice()
 QString RandomFaults::spoilSettings()
 {
     switch (dice.below(5)) {
-    case 0: removeSettings(); return QStringLiteral("settings file vanishes");
+    case 0:
+        removeSettings();
+        return QStringLiteral("settings file vanishes");
     case 1: {
         QByteArray bytes(dice.between(0, 4000), '\0');
         for (char& byte : bytes)

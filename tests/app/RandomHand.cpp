@@ -19,18 +19,44 @@
 
 namespace {
 
-constexpr const char* texts[] = {
-    "",     "0",      "1",     "-1",    "3",      "7.5",       "7,5",    "100",   "1000", "1001", "0.1",
-    "500",  "-12.75", "1e3",   "1e308", "-1e308", "999999999", "nan",    "inf",   ".",    "-",    "0x10",
-    "user", "admin",  "cruise", "2147483648", "a text of more than thirty-two letters for short fields",
-    "\xc3\xa4\xc3\xb6\xc2\xb5", "50%", "%1 %2", "measured.csv"};
+constexpr const char* texts[] = {"",
+                                 "0",
+                                 "1",
+                                 "-1",
+                                 "3",
+                                 "7.5",
+                                 "7,5",
+                                 "100",
+                                 "1000",
+                                 "1001",
+                                 "0.1",
+                                 "500",
+                                 "-12.75",
+                                 "1e3",
+                                 "1e308",
+                                 "-1e308",
+                                 "999999999",
+                                 "nan",
+                                 "inf",
+                                 ".",
+                                 "-",
+                                 "0x10",
+                                 "user",
+                                 "admin",
+                                 "cruise",
+                                 "2147483648",
+                                 "a text of more than thirty-two letters for short fields",
+                                 "\xc3\xa4\xc3\xb6\xc2\xb5",
+                                 "50%",
+                                 "%1 %2",
+                                 "measured.csv"};
 
-constexpr int keys[] = {Qt::Key_Tab,    Qt::Key_Backtab, Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape,
-                        Qt::Key_Space,  Qt::Key_Up,      Qt::Key_Down,   Qt::Key_Left,  Qt::Key_Right,
-                        Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Home,  Qt::Key_End,   Qt::Key_Delete,
-                        Qt::Key_Backspace, Qt::Key_A,    Qt::Key_C,      Qt::Key_V,     Qt::Key_Z,
-                        Qt::Key_0,      Qt::Key_9,       Qt::Key_Minus,  Qt::Key_Comma, Qt::Key_Period,
-                        Qt::Key_F,      Qt::Key_S,       Qt::Key_H,      Qt::Key_F1};
+constexpr int keys[] = {Qt::Key_Tab,       Qt::Key_Backtab,  Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape,
+                        Qt::Key_Space,     Qt::Key_Up,       Qt::Key_Down,   Qt::Key_Left,  Qt::Key_Right,
+                        Qt::Key_PageUp,    Qt::Key_PageDown, Qt::Key_Home,   Qt::Key_End,   Qt::Key_Delete,
+                        Qt::Key_Backspace, Qt::Key_A,        Qt::Key_C,      Qt::Key_V,     Qt::Key_Z,
+                        Qt::Key_0,         Qt::Key_9,        Qt::Key_Minus,  Qt::Key_Comma, Qt::Key_Period,
+                        Qt::Key_F,         Qt::Key_S,        Qt::Key_H,      Qt::Key_F1};
 
 constexpr int dragSteps = 4;
 
@@ -118,15 +144,23 @@ void RandomHand::touchWithMouse(QWidget* widget)
 {
     const QPointer<QWidget> alive = widget;
     switch (dice.below(5)) {
-    case 0: turnWheel(widget); break;
-    case 1: QTest::mouseDClick(widget, mouseButton(), modifiers(), spotOn(widget)); break;
+    case 0:
+        turnWheel(widget);
+        break;
+    case 1:
+        QTest::mouseDClick(widget, mouseButton(), modifiers(), spotOn(widget));
+        break;
     case 2:
         // Text is not dragged about: that would wait for a mouse that this operator does not have.
         if (!widget->inherits("QTextEdit") && !widget->parentWidget()->inherits("QTextEdit"))
             drag(widget);
         break;
-    case 3: pressAnyKey(widget); break;
-    default: QTest::mouseClick(widget, mouseButton(), modifiers(), spotOn(widget)); break;
+    case 3:
+        pressAnyKey(widget);
+        break;
+    default:
+        QTest::mouseClick(widget, mouseButton(), modifiers(), spotOn(widget));
+        break;
     }
     if (alive && dice.oneIn(8))
         pressAnyKey(widget);

@@ -192,9 +192,15 @@ void RandomOperator::doSomething()
     if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
         // The rest of the program is out of reach, but the world goes on behind the box.
         switch (dice.below(4)) {
-        case 0: letTimePass(); break;
-        case 1: note(faults->strike()); break;
-        default: answer(dialog); break;
+        case 0:
+            letTimePass();
+            break;
+        case 1:
+            note(faults->strike());
+            break;
+        default:
+            answer(dialog);
+            break;
         }
     } else if (QWidget* popup = QApplication::activePopupWidget()) {
         ++done.answers;
@@ -334,14 +340,20 @@ void RandomOperator::handleWindow()
     QWidget* window = dice.pick(windows);
     note(QStringLiteral("window %1").arg(QLatin1String(window->metaObject()->className())));
     switch (dice.below(4)) {
-    case 0: window->resize(dice.between(1, 1900), dice.between(1, 1000)); break;
+    case 0:
+        window->resize(dice.between(1, 1900), dice.between(1, 1000));
+        break;
     case 1:
         // The last one ends the program.
         if (window != &session->window() || dice.oneIn(10))
             window->close();
         break;
-    case 2: window->setWindowState(dice.oneIn(2) ? Qt::WindowMaximized : Qt::WindowNoState); break;
-    default: hand.pressAnyKey(window); break;
+    case 2:
+        window->setWindowState(dice.oneIn(2) ? Qt::WindowMaximized : Qt::WindowNoState);
+        break;
+    default:
+        hand.pressAnyKey(window);
+        break;
     }
 }
 
@@ -351,13 +363,19 @@ void RandomOperator::handleDock()
     QDockWidget* dock = dice.pick(docks);
     note(QStringLiteral("dock %1").arg(dock->windowTitle()));
     switch (dice.below(4)) {
-    case 0: dock->setFloating(!dock->isFloating()); break;
-    case 1: dock->setVisible(!dock->isVisible()); break;
+    case 0:
+        dock->setFloating(!dock->isFloating());
+        break;
+    case 1:
+        dock->setVisible(!dock->isVisible());
+        break;
     case 2:
         dock->setFloating(false);
         dock->show();
         break;
-    default: dock->raise(); break;
+    default:
+        dock->raise();
+        break;
     }
 }
 

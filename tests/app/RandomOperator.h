@@ -22,13 +22,14 @@ class RandomOperator : public QObject
     Q_OBJECT
 
 public:
-    struct Tally {
+    struct Tally
+    {
         int actions = 0;
         int nestedActions = 0; ///< while another one had not come back
         int deepest = 0;
         int sessions = 0;
-        int answers = 0;      ///< to message boxes, file dialogs and menus
-        int longestMs = 0;    ///< action without those within it
+        int answers = 0;   ///< to message boxes, file dialogs and menus
+        int longestMs = 0; ///< action without those within it
         QString longest;
     };
 

@@ -50,8 +50,7 @@ bool isField(const QWidget* widget)
 
 bool isPartOfField(const QWidget* widget, const QWidget* window)
 {
-    for (const QWidget* parent = widget->parentWidget(); parent && widget != window;
-         parent = parent->parentWidget()) {
+    for (const QWidget* parent = widget->parentWidget(); parent && widget != window; parent = parent->parentWidget()) {
         if (isField(parent))
             return true;
         if (parent == window)
@@ -78,8 +77,7 @@ enum class Direction
 Direction directionOf(const QLayout* layout)
 {
     if (const auto* box = qobject_cast<const QBoxLayout*>(layout)) {
-        const bool down =
-            box->direction() == QBoxLayout::TopToBottom || box->direction() == QBoxLayout::BottomToTop;
+        const bool down = box->direction() == QBoxLayout::TopToBottom || box->direction() == QBoxLayout::BottomToTop;
         return down ? Direction::Down : Direction::Right;
     }
     return isOfColumns(layout) ? Direction::Columns : Direction::Rows;
@@ -102,8 +100,7 @@ void sortInto(Parts& parts, Direction direction)
         return;
     for (auto first = parts.begin(); first != parts.end();) {
         const int middle = first->place.center().y();
-        const auto next =
-            std::find_if(first, parts.end(), [&](const Part& part) { return part.place.top() > middle; });
+        const auto next = std::find_if(first, parts.end(), [&](const Part& part) { return part.place.top() > middle; });
         std::stable_sort(first, next, byLeft);
         first = next;
     }
@@ -174,8 +171,7 @@ QVector<QWidget*> reading_order::byTabKey(QWidget* window)
     QVector<QWidget*> order;
     QWidget* widget = window;
     do {
-        if (takesTab(widget) && (widget == window || window->isAncestorOf(widget)) &&
-            !isPartOfField(widget, window))
+        if (takesTab(widget) && (widget == window || window->isAncestorOf(widget)) && !isPartOfField(widget, window))
             order.append(widget);
         widget = widget->nextInFocusChain();
     } while (widget != window);

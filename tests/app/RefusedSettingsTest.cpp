@@ -100,8 +100,8 @@ private slots:
         QVERIFY(setMode(settingsFile(), fileMode) && setMode(folder->path(), folderMode));
         QStringList options;
         if (isMountedReadOnly)
-            options = QStringList({QStringLiteral("--ro-bind"), folder->path(),
-                                   QStringLiteral("/opt/Zenthic/KORALINK")});
+            options =
+                QStringList({QStringLiteral("--ro-bind"), folder->path(), QStringLiteral("/opt/Zenthic/KORALINK")});
         saveSettingsInTheProgram(options);
         QVERIFY(setMode(folder->path(), openFolder) && setMode(settingsFile(), openFile));
         QCOMPARE(bytesOf(settingsFile()), before);

@@ -102,10 +102,9 @@ DrivenTime& DrivenTime::instance()
 }
 
 DrivenTime::DrivenTime()
-    : end(environmentValue("KORA_CLOCK_UNTIL", nanosecondsPerSecond, never))
-    , settle(environmentValue("KORA_CLOCK_SETTLE", 1000, 0))
-    , startMonotonic(realNow(CLOCK_MONOTONIC))
-    , startOfDay(realNow(CLOCK_REALTIME))
+    : end(environmentValue("KORA_CLOCK_UNTIL", nanosecondsPerSecond, never)),
+      settle(environmentValue("KORA_CLOCK_SETTLE", 1000, 0)), startMonotonic(realNow(CLOCK_MONOTONIC)),
+      startOfDay(realNow(CLOCK_REALTIME))
 {
 }
 

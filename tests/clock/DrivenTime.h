@@ -31,8 +31,8 @@ timespec timeOf(std::int64_t nanoseconds);
 /// A thread that takes part: one that waited for a timer in an event loop once. Made and released on that thread.
 class Participant;
 
-/// The time of this process. It stands still while a thread that takes part computes; when all of them wait, it jumps to
-/// the earliest of their deadlines. Safe from any thread.
+/// The time of this process. It stands still while a thread that takes part computes; when all of them wait, it jumps
+/// to the earliest of their deadlines. Safe from any thread.
 class DrivenTime
 {
 public:
@@ -62,7 +62,7 @@ private:
 
     std::mutex mutex; ///< guards what follows
     std::vector<Participant*> participants;
-    int joined = 0; ///< threads that ever took part
+    int joined = 0;      ///< threads that ever took part
     std::int64_t end;    ///< driven time since the start at which the process is told to end, ns
     std::int64_t settle; ///< real time for which everything must be quiet before a jump, ns
 

@@ -18,7 +18,11 @@ namespace driven_clock {
 class ServiceReport
 {
 public:
-    enum Service { Display, Poll };
+    enum Service
+    {
+        Display,
+        Poll
+    };
 
     static ServiceReport& instance();
 
@@ -27,7 +31,8 @@ public:
     std::string text();
 
 private:
-    struct Times {
+    struct Times
+    {
         const char* name;
         int count = 0;
         double first = 0;

@@ -31,7 +31,8 @@ constexpr double jitter = 2 * workMs * 1e-3;
 /// Room for rounding to whole milliseconds.
 constexpr double rounding = 2e-3;
 
-struct Service {
+struct Service
+{
     double count;
     double first;
     double tenth;

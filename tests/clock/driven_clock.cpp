@@ -38,8 +38,10 @@ bool isDriven(clockid_t clock)
     case CLOCK_MONOTONIC_COARSE:
     case CLOCK_MONOTONIC_RAW:
     case CLOCK_REALTIME:
-    case CLOCK_REALTIME_COARSE: return true;
-    default: return false;
+    case CLOCK_REALTIME_COARSE:
+        return true;
+    default:
+        return false;
     }
 }
 

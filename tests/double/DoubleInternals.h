@@ -9,7 +9,8 @@
 namespace koralink_double {
 
 /// What both halves of the double share, under one lock.
-struct Double {
+struct Double
+{
     std::recursive_mutex mutex;
     Answers answers;
     std::vector<Call> calls;

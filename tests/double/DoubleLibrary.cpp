@@ -7,11 +7,11 @@
 
 using koralink_double::Double;
 
-#define RECORDED_CALL(...)                                                                                        \
-    Double& self = Double::instance();                                                                            \
-    const std::lock_guard<std::recursive_mutex> lock(self.mutex);                                                 \
-    const int result = self.record(__VA_ARGS__);                                                                  \
-    koralink_double::Answers& answers = self.answers;                                                             \
+#define RECORDED_CALL(...)                                                                                             \
+    Double& self = Double::instance();                                                                                 \
+    const std::lock_guard<std::recursive_mutex> lock(self.mutex);                                                      \
+    const int result = self.record(__VA_ARGS__);                                                                       \
+    koralink_double::Answers& answers = self.answers;                                                                  \
     static_cast<void>(answers)
 
 namespace {
@@ -164,8 +164,7 @@ int setBPMoffset(int bpm, double offsetX, double offsetY)
     return result;
 }
 
-int setCrossBar(unsigned char bpm, unsigned char top, unsigned char right, unsigned char bottom,
-                unsigned char left)
+int setCrossBar(unsigned char bpm, unsigned char top, unsigned char right, unsigned char bottom, unsigned char left)
 {
     RECORDED_CALL("setCrossBar", {double(bpm), double(top), double(right), double(bottom), double(left)});
     return result;
@@ -174,8 +173,7 @@ int setCrossBar(unsigned char bpm, unsigned char top, unsigned char right, unsig
 int setROCenable(unsigned char x1, unsigned char y1, unsigned char beamOff1, unsigned char x2, unsigned char y2,
                  unsigned char beamOff2)
 {
-    RECORDED_CALL("setROCenable",
-                  {double(x1), double(y1), double(beamOff1), double(x2), double(y2), double(beamOff2)});
+    RECORDED_CALL("setROCenable", {double(x1), double(y1), double(beamOff1), double(x2), double(y2), double(beamOff2)});
     if (result == 0) {
         const unsigned char values[6] = {x1, y1, beamOff1, x2, y2, beamOff2};
         std::copy(values, values + 6, answers.rocEnable);
@@ -183,8 +181,8 @@ int setROCenable(unsigned char x1, unsigned char y1, unsigned char beamOff1, uns
     return result;
 }
 
-int getROCenable(unsigned char* x1, unsigned char* y1, unsigned char* beamOff1, unsigned char* x2,
-                 unsigned char* y2, unsigned char* beamOff2)
+int getROCenable(unsigned char* x1, unsigned char* y1, unsigned char* beamOff1, unsigned char* x2, unsigned char* y2,
+                 unsigned char* beamOff2)
 {
     RECORDED_CALL("getROCenable");
     if (result == 0) {
@@ -272,8 +270,8 @@ int commitFiltCoef(signed char band, signed char axis)
 
 int funcGenConfig(float amplitudes[4], float offsets[4], float frequency)
 {
-    RECORDED_CALL("funcGenConfig", {amplitudes[0], amplitudes[1], amplitudes[2], amplitudes[3], offsets[0],
-                                    offsets[1], offsets[2], offsets[3], frequency});
+    RECORDED_CALL("funcGenConfig", {amplitudes[0], amplitudes[1], amplitudes[2], amplitudes[3], offsets[0], offsets[1],
+                                    offsets[2], offsets[3], frequency});
     return result;
 }
 
@@ -298,8 +296,7 @@ int getBPMStats(BPMStats* stats)
     return result;
 }
 
-int getSFPinfo(int port, std::uint16_t* deviceId, std::uint32_t* hwVersion, char* version,
-               std::uint32_t* serialNumber)
+int getSFPinfo(int port, std::uint16_t* deviceId, std::uint32_t* hwVersion, char* version, std::uint32_t* serialNumber)
 {
     RECORDED_CALL("getSFPinfo", {double(port)});
     if (result == 0) {

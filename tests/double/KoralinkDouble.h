@@ -13,7 +13,8 @@
 namespace koralink_double {
 
 /// One call of the control library ("setSetpoint") or on a device file ("open", "read", "ioctl", "close").
-struct Call {
+struct Call
+{
     std::string name;
     /// Numbers as they were passed, arrays flattened, output pointers left out. For "ioctl" on the output device
     /// the four voltages and the flag; for "open" the flags; for "read" the byte count.
@@ -25,7 +26,8 @@ struct Call {
     std::string text() const;
 };
 
-struct Answers {
+struct Answers
+{
     signed char pidConf = 0;
     double setpoints[4] = {};
     unsigned char outSel[4] = {0, 1, 2, 3};

@@ -126,7 +126,8 @@ void drive(const std::string& action, std::ostream& record)
     }
 }
 
-struct Recorder {
+struct Recorder
+{
     std::ofstream file;
     std::string action;
     int windowsToWait = 1;

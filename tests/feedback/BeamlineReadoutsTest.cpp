@@ -64,9 +64,8 @@ private slots:
         press("Cancel");
         window->showAndRefresh();
         pressPanel(1, "enableHVbutton");
-        const QStringList expected = {
-            QStringLiteral("ionbarHVenable(1, 0)"), QStringLiteral("ionbarHVenable(1, 1)"),
-            QStringLiteral("ionbarHVenable(0, 0)"), QStringLiteral("ionbarHVenable(0, 1)")};
+        const QStringList expected = {QStringLiteral("ionbarHVenable(1, 0)"), QStringLiteral("ionbarHVenable(1, 1)"),
+                                      QStringLiteral("ionbarHVenable(0, 0)"), QStringLiteral("ionbarHVenable(0, 1)")};
         QCOMPARE(operate::lines(commands()), expected);
     }
 

@@ -20,8 +20,7 @@
 #include <memory>
 
 /// Writes the settings of one monitor to the settings file.
-inline void storeMonitor(const char* group, int orientation, double scale, double offset,
-                         std::array<int, 4> channels)
+inline void storeMonitor(const char* group, int orientation, double scale, double offset, std::array<int, 4> channels)
 {
     const auto store = [group](const char* key, const QVariant& value) {
         scratch_settings::setValue(QByteArray(group).append('/').append(key).constData(), value);
@@ -65,10 +64,7 @@ protected:
     {
         operate::press(operate::find<QDialogButtonBox>(window.get(), "buttonBox"), QString::fromLatin1(text));
     }
-    void pressPanel(int bpm, const char* name)
-    {
-        operate::press(operate::find<QPushButton>(panel(bpm), name));
-    }
+    void pressPanel(int bpm, const char* name) { operate::press(operate::find<QPushButton>(panel(bpm), name)); }
     QString text(int bpm, const char* name) { return operate::find<QLineEdit>(panel(bpm), name)->text(); }
     QString status(int bpm) { return operate::find<QLabel>(panel(bpm), "statusLabel")->text(); }
 

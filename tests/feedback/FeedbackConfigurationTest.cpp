@@ -115,8 +115,7 @@ private slots:
         for (int loop = 0; loop < 4; ++loop)
             tick(loop)->setChecked(row.ticked[loop]);
         pressUpdateConfig();
-        QCOMPARE(operate::lines(callsOf("setPIDconf")),
-                 QStringList{QStringLiteral("setPIDconf(%1)").arg(row.item)});
+        QCOMPARE(operate::lines(callsOf("setPIDconf")), QStringList{QStringLiteral("setPIDconf(%1)").arg(row.item)});
         QCOMPARE(ticks(), row.mask);
         QCOMPARE(field("posXDoubleSpinBox")->isEnabled(), row.setpointX);
         QCOMPARE(field("posYDoubleSpinBox")->isEnabled(), row.setpointY);
@@ -176,9 +175,9 @@ private slots:
         QSignalSpy selector(panel.get(), SIGNAL(BPMselectorChanged()));
         QSignalSpy changed(panel.get(), SIGNAL(somethingChanged()));
         pressUpdateConfig();
-        QCOMPARE(operate::lines(commands()), (QStringList{QStringLiteral("setPIDoutSel(3, 2, 1, 0)"),
-                                                          QStringLiteral("setBPMselector(1, 0, 0, 1)"),
-                                                          QStringLiteral("setPIDconf(7)")}));
+        QCOMPARE(operate::lines(commands()),
+                 (QStringList{QStringLiteral("setPIDoutSel(3, 2, 1, 0)"), QStringLiteral("setBPMselector(1, 0, 0, 1)"),
+                              QStringLiteral("setPIDconf(7)")}));
         for (int loop = 0; loop < 4; ++loop)
             QCOMPARE(scratch_settings::value(outputKeys[loop]).toInt(), 3 - loop);
         QCOMPARE(bpmSelXlf, 1);
@@ -217,9 +216,9 @@ private slots:
         source(2)->setCurrentIndex(1);
         setTicks(4);
         pressUpdateConfig();
-        QCOMPARE(operate::lines(commands()), (QStringList{QStringLiteral("setPIDoutSel(1, 0, 2, 3)"),
-                                                          QStringLiteral("setBPMselector(0, 0, 1, 0)"),
-                                                          QStringLiteral("setPIDconf(12)")}));
+        QCOMPARE(operate::lines(commands()),
+                 (QStringList{QStringLiteral("setPIDoutSel(1, 0, 2, 3)"), QStringLiteral("setBPMselector(0, 0, 1, 0)"),
+                              QStringLiteral("setPIDconf(12)")}));
         QCOMPARE(scratch_settings::value("Beamline/DAC_posXlf").toInt(), 1);
         QCOMPARE(bpmSelYlf, 1);
         QVERIFY(!field("posXDoubleSpinBox")->isEnabled());
@@ -345,8 +344,8 @@ private slots:
         QVERIFY(bar && bar->maximum() > 0);
         const auto wheelDown = [](QWidget* widget) {
             const QPointF centre = widget->rect().center();
-            QWheelEvent event(centre, widget->mapToGlobal(centre.toPoint()), QPoint(), QPoint(0, -120),
-                              Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+            QWheelEvent event(centre, widget->mapToGlobal(centre.toPoint()), QPoint(), QPoint(0, -120), Qt::NoButton,
+                              Qt::NoModifier, Qt::NoScrollPhase, false);
             // As from the mouse: others are not passed on.
             QSpontaneKeyEvent::setSpontaneous(&event);
             qApp->notify(widget, &event);
@@ -371,8 +370,7 @@ private slots:
 
     void choicesHaveTheirTexts()
     {
-        const char* captions[4] = {"Position X (LF)", "Position X (HF)", "Position Y (LF)",
-                                   "Position Y (HF)"};
+        const char* captions[4] = {"Position X (LF)", "Position X (HF)", "Position Y (LF)", "Position Y (HF)"};
         for (int loop = 0; loop < 4; ++loop) {
             QCOMPARE(tick(loop)->text(), QString::fromLatin1(captions[loop]));
             QCOMPARE(output(loop)->count(), 4);

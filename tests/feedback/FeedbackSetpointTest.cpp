@@ -117,10 +117,9 @@ private slots:
         y()->setValue(-7.25);
         QSignalSpy changed(panel.get(), SIGNAL(somethingChanged()));
         pressUpdateSetpoint();
-        QCOMPARE(
-            operate::lines(commands()),
-            (QStringList{QStringLiteral("setSetpoint(0, 12.5)"), QStringLiteral("setSetpoint(1, 12.5)"),
-                         QStringLiteral("setSetpoint(2, -7.25)"), QStringLiteral("setSetpoint(3, -7.25)")}));
+        QCOMPARE(operate::lines(commands()),
+                 (QStringList{QStringLiteral("setSetpoint(0, 12.5)"), QStringLiteral("setSetpoint(1, 12.5)"),
+                              QStringLiteral("setSetpoint(2, -7.25)"), QStringLiteral("setSetpoint(3, -7.25)")}));
         QCOMPARE(changed.count(), 1);
     }
 

@@ -139,15 +139,13 @@ private slots:
         QFETCH(bool, first);
         QCOMPARE(text("posXMeanLineEdit"), first ? QStringLiteral("5.000 um") : QStringLiteral("0.000 um"));
         QFETCH(bool, second);
-        QCOMPARE(text("posXMeanLineEdit_2"),
-                 second ? QStringLiteral("5.000 um") : QStringLiteral("0.000 um"));
+        QCOMPARE(text("posXMeanLineEdit_2"), second ? QStringLiteral("5.000 um") : QStringLiteral("0.000 um"));
     }
 
     void statisticsCannotBeEdited()
     {
         int fields = 0;
-        for (const QLineEdit* field :
-             find<QWidget>(panel.get(), "pageStatistics")->findChildren<QLineEdit*>()) {
+        for (const QLineEdit* field : find<QWidget>(panel.get(), "pageStatistics")->findChildren<QLineEdit*>()) {
             QVERIFY(field->isReadOnly());
             QVERIFY(!field->isEnabled());
             ++fields;
@@ -270,8 +268,7 @@ private slots:
         QCOMPARE(pages->count(), 2);
         QCOMPARE(pages->itemText(0), QStringLiteral("Statistics"));
         QCOMPARE(pages->itemText(1), QStringLiteral("Control"));
-        QCOMPARE(find<QPushButton>(panel.get(), "resetPIDbutton")->text(),
-                 QStringLiteral("Reset Controller"));
+        QCOMPARE(find<QPushButton>(panel.get(), "resetPIDbutton")->text(), QStringLiteral("Reset Controller"));
         QCOMPARE(find<QPushButton>(panel.get(), "updateConfButton")->text(), QStringLiteral("Update Config"));
         QCOMPARE(find<QPushButton>(panel.get(), "buttonUpdate")->text(), QStringLiteral("Update Setpoint"));
         QCOMPARE(find<QLabel>(panel.get(), "confLabel")->text(), QStringLiteral("Regulate:"));
@@ -281,8 +278,7 @@ private slots:
         QStringList captions;
         for (const QLabel* label : panel->findChildren<QLabel*>())
             captions.append(label->text());
-        for (const char* caption :
-             {"Heartbeat:", "Control:", "DAC Output", "Source", "Position X: ", "Position Y:"})
+        for (const char* caption : {"Heartbeat:", "Control:", "DAC Output", "Source", "Position X: ", "Position Y:"})
             QVERIFY2(captions.contains(QLatin1String(caption)), caption);
         QCOMPARE(captions.count(QStringLiteral("at 1000 Hz:")), 6);
         for (const char* name : {"posXDoubleSpinBox", "posYDoubleSpinBox"}) {

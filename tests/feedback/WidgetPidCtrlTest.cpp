@@ -72,10 +72,7 @@ private:
     std::unique_ptr<WidgetPidCtrl> panel;
 
     WidgetPIDparams* tab(int loop) const { return find<WidgetPIDparams>(panel.get(), tabs[loop]); }
-    QDoubleSpinBox* box(int loop, int field) const
-    {
-        return find<QDoubleSpinBox>(tab(loop), fields[field].object);
-    }
+    QDoubleSpinBox* box(int loop, int field) const { return find<QDoubleSpinBox>(tab(loop), fields[field].object); }
     void fillFields()
     {
         for (int loop = 0; loop < 4; ++loop) {
@@ -243,8 +240,7 @@ private slots:
         QCOMPARE(scratch_settings::value("PID_Yhf/Offset").toDouble(), valueOf(3, 9));
         const QStringList lines = log.lines();
         QCOMPARE(lines.size(), 10);
-        QVERIFY2(lines.first().startsWith(
-                     QLatin1String("0 Loading PID parameters to FPGA and config_koralink.ini")),
+        QVERIFY2(lines.first().startsWith(QLatin1String("0 Loading PID parameters to FPGA and config_koralink.ini")),
                  qPrintable(lines.first()));
         QVERIFY(lines.at(1).startsWith(QLatin1String("3 setWindAvg() failed")));
         QVERIFY(lines.at(5).startsWith(QLatin1String("3 setOffset() failed")));

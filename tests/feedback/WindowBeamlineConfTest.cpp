@@ -46,8 +46,7 @@ private slots:
             QCOMPARE(box(bpm, "biasVoltageDoubleSpinBox")->maximum(), 6000.0);
             QVERIFY(!find<QLineEdit>(panel(bpm), "voltageReadoutLineEdit")->isEnabled());
             QVERIFY(!find<QLineEdit>(panel(bpm), "currentReadoutLineEdit")->isEnabled());
-            QCOMPARE(find<QLabel>(panel(bpm), "textInvalidConf")->text(),
-                     QStringLiteral("Invalid BPM configuration"));
+            QCOMPARE(find<QLabel>(panel(bpm), "textInvalidConf")->text(), QStringLiteral("Invalid BPM configuration"));
             for (const char* name : {"BPM90_image", "BPM45_image"})
                 QVERIFY(!find<QLabel>(panel(bpm), name)->pixmap(Qt::ReturnByValue).isNull());
         }
@@ -58,8 +57,7 @@ private slots:
         QWidget* const field = counts(0, "vertOffsetCountsSpinBox");
         auto* layout = qobject_cast<QFormLayout*>(field->parentWidget()->layout());
         QVERIFY(layout);
-        QCOMPARE(qobject_cast<QLabel*>(layout->labelForField(field))->text(),
-                 QStringLiteral("Hor offset [counts]"));
+        QCOMPARE(qobject_cast<QLabel*>(layout->labelForField(field))->text(), QStringLiteral("Hor offset [counts]"));
         QCOMPARE(counts(0, "vertOffsetCountsSpinBox")->maximum(), 999999999);
         QCOMPARE(counts(0, "horOffsetCountsSpinBox")->maximum(), 999999999);
         QCOMPARE(find<QPushButton>(panel(0), "encoderSetButton")->text(), QStringLiteral("↑ Set ↑"));
@@ -151,8 +149,7 @@ private slots:
         box(0, "xGain")->setValue(77.0);
         press("Cancel");
         QVERIFY(!window->isVisible());
-        QPushButton* const save =
-            find<QDialogButtonBox>(window.get(), "buttonBox")->button(QDialogButtonBox::Save);
+        QPushButton* const save = find<QDialogButtonBox>(window.get(), "buttonBox")->button(QDialogButtonBox::Save);
         save->setText(QStringLiteral("Speichern"));
         operate::press(save);
         QVERIFY(commands().empty());
@@ -211,9 +208,9 @@ private slots:
         makeWindow(1);
         showAtLevel(0);
         press("Save");
-        const QStringList expected = {
-            QStringLiteral("setBPMorient(0, 1)"), QStringLiteral("setBPMscale(0, 100, 101)"),
-            QStringLiteral("setBPMoffset(0, 5, 6)"), QStringLiteral("setCrossBar(0, 0, 1, 2, 3)")};
+        const QStringList expected = {QStringLiteral("setBPMorient(0, 1)"), QStringLiteral("setBPMscale(0, 100, 101)"),
+                                      QStringLiteral("setBPMoffset(0, 5, 6)"),
+                                      QStringLiteral("setCrossBar(0, 0, 1, 2, 3)")};
         QCOMPARE(operate::lines(commands()), expected);
     }
 
@@ -265,8 +262,8 @@ private slots:
     {
         makeWindow(1);
         showAtLevel(2);
-        for (const char* function : {"setBPMorient", "setBPMscale", "setBPMoffset", "setCrossBar",
-                                     "ionbarHVenable", "ionbarHVSetVoltage"})
+        for (const char* function :
+             {"setBPMorient", "setBPMscale", "setBPMoffset", "setCrossBar", "ionbarHVenable", "ionbarHVSetVoltage"})
             fail(function);
         box(0, "xGain")->setValue(42.0);
         LogLines log(3);
@@ -274,9 +271,8 @@ private slots:
         pressPanel(0, "setHVbutton");
         press("Save");
         const QStringList lines = log.lines();
-        for (const char* words :
-             {"setBPMorient() failed", "setBPMscale() failed", "setBPMoffset() failed",
-              "setCrossBar() failed", "ionbarHVenable() failed", "ionbarHVSetVoltage() failed"})
+        for (const char* words : {"setBPMorient() failed", "setBPMscale() failed", "setBPMoffset() failed",
+                                  "setCrossBar() failed", "ionbarHVenable() failed", "ionbarHVSetVoltage() failed"})
             QCOMPARE(lines.filter(QString::fromLatin1(words)).size(), 1);
         QCOMPARE(bpmScaleX[0], 42.0);
         QCOMPARE(scratch_settings::value("BPM1/Scale_X").toDouble(), 42.0);

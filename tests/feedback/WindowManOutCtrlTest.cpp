@@ -27,13 +27,11 @@ private:
 
     QSlider* slider(int channel)
     {
-        return find<QSlider>(window.get(),
-                             QByteArray("ch" + QByteArray::number(channel) + "slider").constData());
+        return find<QSlider>(window.get(), QByteArray("ch" + QByteArray::number(channel) + "slider").constData());
     }
     QDoubleSpinBox* box(int channel)
     {
-        return find<QDoubleSpinBox>(window.get(),
-                                    QByteArray("boxCh" + QByteArray::number(channel)).constData());
+        return find<QDoubleSpinBox>(window.get(), QByteArray("boxCh" + QByteArray::number(channel)).constData());
     }
     QCheckBox* manual() { return find<QCheckBox>(window.get(), "checboxEnableMan"); }
     static QStringList writes() { return operate::lines(callsOf("ioctl")); }

@@ -66,8 +66,7 @@ private:
     {
         QVector<double> widths;
         for (const auto* rectangle : graph->findChildren<QCPItemRect*>())
-            widths << std::fabs(rectangle->topLeft->coords().x())
-                   << std::fabs(rectangle->topLeft->coords().y());
+            widths << std::fabs(rectangle->topLeft->coords().x()) << std::fabs(rectangle->topLeft->coords().y());
         std::sort(widths.begin(), widths.end());
         return widths;
     }
@@ -95,9 +94,8 @@ private slots:
         QCOMPARE(window->windowTitle(), QStringLiteral("ROC/ROI Settings"));
         auto* hint = find<QLabel>(window.get(), "label");
         QVERIFY(hint->wordWrap());
-        QCOMPARE(hint->text(),
-                 QStringLiteral("This values use parameters X and Y Scaling from Beamline Settings "
-                                "window. Make sure they are correct."));
+        QCOMPARE(hint->text(), QStringLiteral("This values use parameters X and Y Scaling from Beamline Settings "
+                                              "window. Make sure they are correct."));
         QCOMPARE(find<QLabel>(panel(0), "bpmLabel")->text(), QStringLiteral("BPM 1"));
         QCOMPARE(find<QLabel>(panel(1), "bpmLabel")->text(), QStringLiteral("BPM 2"));
         for (int bpm = 0; bpm < 2; ++bpm) {
@@ -269,9 +267,9 @@ private slots:
         clearCalls();
         press("Apply");
         const QStringList sent = operate::lines(callsOf("setROClimits"));
-        QCOMPARE(sent.mid(3), QStringList({QStringLiteral("setROClimits(3, 0, 60)"),
-                                           QStringLiteral("setROClimits(4, 0, 40)"),
-                                           QStringLiteral("setROClimits(5, 0, 1.5e-06)")}));
+        QCOMPARE(sent.mid(3),
+                 QStringList({QStringLiteral("setROClimits(3, 0, 60)"), QStringLiteral("setROClimits(4, 0, 40)"),
+                              QStringLiteral("setROClimits(5, 0, 1.5e-06)")}));
         QCOMPARE(scratch_settings::value("ROCandROI2/RoiY").toDouble(), 40.0);
         QCOMPARE(scratch_settings::value("ROCandROI2/BeamOffTh").toDouble(), 1.5);
     }
@@ -281,8 +279,7 @@ private slots:
         QTest::addColumn<QLocale>("locale");
         QTest::addColumn<QString>("shown");
         QTest::newRow("C") << QLocale::c() << QStringLiteral("1234567.125 uA");
-        QTest::newRow("German") << QLocale(QLocale::German, QLocale::Germany)
-                                << QStringLiteral("1234567,125 uA");
+        QTest::newRow("German") << QLocale(QLocale::German, QLocale::Germany) << QStringLiteral("1234567,125 uA");
         QTest::newRow("Slovenian") << QLocale(QLocale::Slovenian, QLocale::Slovenia)
                                    << QStringLiteral("1234567,125 uA");
     }
@@ -347,8 +344,7 @@ private slots:
     void buttonsAreToldApartByTheirText()
     {
         showAtLevel(2);
-        QPushButton* const button =
-            find<QDialogButtonBox>(window.get(), "buttonBox")->button(QDialogButtonBox::Apply);
+        QPushButton* const button = find<QDialogButtonBox>(window.get(), "buttonBox")->button(QDialogButtonBox::Apply);
         button->setText(QStringLiteral("Uporabi"));
         operate::press(button);
         QVERIFY(commands().empty());

@@ -74,10 +74,10 @@ void readMonitors(ConfigFile& file, Reading& reading)
 
 void readLoops(ConfigFile& file, Reading& reading)
 {
-    using Reader = void (ConfigFile::*)(double*, double*, double*, double*, double*, double*, double*, double*,
-                                        double*, double*);
-    for (Reader reader : {&ConfigFile::readPIDXlf, &ConfigFile::readPIDXhf, &ConfigFile::readPIDYlf,
-                          &ConfigFile::readPIDYhf}) {
+    using Reader =
+        void (ConfigFile::*)(double*, double*, double*, double*, double*, double*, double*, double*, double*, double*);
+    for (Reader reader :
+         {&ConfigFile::readPIDXlf, &ConfigFile::readPIDXhf, &ConfigFile::readPIDYlf, &ConfigFile::readPIDYhf}) {
         double v[10];
         (file.*reader)(v, v + 1, v + 2, v + 3, v + 4, v + 5, v + 6, v + 7, v + 8, v + 9);
         for (double number : v)

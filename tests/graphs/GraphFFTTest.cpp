@@ -71,9 +71,8 @@ private slots:
                               QStringLiteral("IonBar 1, Ch 3"), QStringLiteral("IonBar 1, Ch 4"),
                               QStringLiteral("BPM1, PosX"), QStringLiteral("BPM1, PosY"), QStringLiteral("BPM1, I0")}));
         QCOMPARE(itemsOf(combo("fFTLengthComboBox")),
-                 QStringList({QStringLiteral("64"), QStringLiteral("128"), QStringLiteral("256"),
-                              QStringLiteral("512"), QStringLiteral("1024"), QStringLiteral("2048"),
-                              QStringLiteral("8192")}));
+                 QStringList({QStringLiteral("64"), QStringLiteral("128"), QStringLiteral("256"), QStringLiteral("512"),
+                              QStringLiteral("1024"), QStringLiteral("2048"), QStringLiteral("8192")}));
         for (const char* axis : {"xAxisComboBox", "yAxisComboBox"}) {
             QCOMPARE(itemsOf(combo(axis)), QStringList({QStringLiteral("Log"), QStringLiteral("Lin")}));
             QCOMPARE(combo(axis)->currentText(), QStringLiteral("Log"));

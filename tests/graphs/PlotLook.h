@@ -23,8 +23,7 @@ inline bool gradientFillsTheHeight(QCustomPlot* plot)
     const QImage picture = plot->grab().toImage();
     const auto greyAt = [&picture](double height, int wanted) {
         const QColor colour = picture.pixelColor(1, int(height * (picture.height() - 1)));
-        return colour.red() == colour.green() && colour.red() == colour.blue() &&
-               std::abs(colour.red() - wanted) <= 2;
+        return colour.red() == colour.green() && colour.red() == colour.blue() && std::abs(colour.red() - wanted) <= 2;
     };
     return greyAt(0, 100) && greyAt(0.5, 65) && greyAt(1, 30);
 }

@@ -129,8 +129,7 @@ private slots:
         board->resize(1000, 700);
         QVERIFY(plot->width() > 900);
         QCOMPARE(plot->axisRect()->outerRect(), plot->rect());
-        QCOMPARE(plot->xAxis->coordToPixel(plot->xAxis->range().upper),
-                 double(plot->axisRect()->right() + 1));
+        QCOMPARE(plot->xAxis->coordToPixel(plot->xAxis->range().upper), double(plot->axisRect()->right() + 1));
         QVERIFY(plot->axisRect()->right() > 900);
     }
 

@@ -23,11 +23,10 @@ struct Agreed
     char marker;
 };
 const Agreed agreed[15] = {
-    {"Xlf", "X", '|'},          {"Xlf Xhf", "X", '|'},          {"Xlf Ylf", "XY", '+'},
-    {"Xlf Yhf", "X", '+'},      {"Xlf Xhf Ylf", "XY", '+'},     {"Xlf Xhf Yhf", "X", ' '},
-    {"Xlf Ylf Yhf", "XY", '+'}, {"Xlf Xhf Ylf Yhf", "XY", '+'}, {"Xhf", "", '|'},
-    {"Xhf Ylf", "Y", '+'},      {"Xhf Yhf", "", '+'},           {"Xhf Ylf Yhf", "Y", '+'},
-    {"Ylf", "Y", '-'},          {"Ylf Yhf", "Y", '-'},          {"Yhf", "", '-'},
+    {"Xlf", "X", '|'},          {"Xlf Xhf", "X", '|'},     {"Xlf Ylf", "XY", '+'},     {"Xlf Yhf", "X", '+'},
+    {"Xlf Xhf Ylf", "XY", '+'}, {"Xlf Xhf Yhf", "X", ' '}, {"Xlf Ylf Yhf", "XY", '+'}, {"Xlf Xhf Ylf Yhf", "XY", '+'},
+    {"Xhf", "", '|'},           {"Xhf Ylf", "Y", '+'},     {"Xhf Yhf", "", '+'},       {"Xhf Ylf Yhf", "Y", '+'},
+    {"Ylf", "Y", '-'},          {"Ylf Yhf", "Y", '-'},     {"Yhf", "", '-'},
 };
 
 /// A position graph on the double, shown when a test says so.

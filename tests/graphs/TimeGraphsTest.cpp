@@ -104,8 +104,8 @@ private slots:
     void currentsStartWithFourCheckedTraces()
     {
         const WidgetGraphCurrents graph(nullptr, 4);
-        compareLook(graph, {colour(255, 255, 135), colour(255, 130, 255), colour(130, 255, 130),
-                            colour(130, 210, 250)});
+        compareLook(graph,
+                    {colour(255, 255, 135), colour(255, 130, 255), colour(130, 255, 130), colour(130, 210, 250)});
         for (int number = 1; number <= 4; ++number) {
             QCOMPARE(box(graph, number)->text(), QStringLiteral("Channel %1").arg(number));
             QVERIFY(box(graph, number)->isChecked());
@@ -125,8 +125,7 @@ private slots:
         QFETCH(int, axis);
         QFETCH(QString, letter);
         const WidgetGraphPos graph(nullptr, axis, 4);
-        compareLook(graph, {colour(255, 255, 135), colour(255, 130, 255), colour(130, 255, 130),
-                            colour(255, 153, 51)});
+        compareLook(graph, {colour(255, 255, 135), colour(255, 130, 255), colour(130, 255, 130), colour(255, 153, 51)});
         const QStringList sources = {QStringLiteral("BPM1"), QStringLiteral("BPM2"), QStringLiteral("LF"),
                                      QStringLiteral("HF")};
         for (int i = 0; i < 4; ++i) {

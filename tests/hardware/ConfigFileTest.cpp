@@ -16,13 +16,11 @@ namespace {
 
 using Ten = std::array<double, 10>;
 
-constexpr const char* pidKeys[10] = {"Freq", "Kp",   "Ki",   "Kd",    "emin",
-                                     "Imax", "Omin", "Omax", "Ogain", "Offset"};
+constexpr const char* pidKeys[10] = {"Freq", "Kp", "Ki", "Kd", "emin", "Imax", "Omin", "Omax", "Ogain", "Offset"};
 
-using PidWriter = void (ConfigFile::*)(double, double, double, double, double, double, double, double, double,
-                                       double);
-using PidReader = void (ConfigFile::*)(double*, double*, double*, double*, double*, double*, double*, double*,
-                                       double*, double*);
+using PidWriter = void (ConfigFile::*)(double, double, double, double, double, double, double, double, double, double);
+using PidReader = void (ConfigFile::*)(double*, double*, double*, double*, double*, double*, double*, double*, double*,
+                                       double*);
 struct PidGroup
 {
     const char* group;
@@ -171,8 +169,8 @@ private slots:
         file.writeOffsetX(bpm, -7.25);
         file.writeOffsetY(bpm, 8.5);
         file.writeChannels(3, 2, 1, 0, bpm);
-        QCOMPARE(keysInFile(), beneath(group, {"Orient", "Scale_X", "Scale_Y", "Offset_X", "Offset_Y", "Top",
-                                               "Right", "Bottom", "Left"}));
+        QCOMPARE(keysInFile(), beneath(group, {"Orient", "Scale_X", "Scale_Y", "Offset_X", "Offset_Y", "Top", "Right",
+                                               "Bottom", "Left"}));
         QCOMPARE(scratch_settings::value(qPrintable(group + QStringLiteral("/Orient"))).toString(),
                  QStringLiteral("1"));
         QCOMPARE(stored(group + QStringLiteral("/Scale_X")), 1234.5);
@@ -219,8 +217,8 @@ private slots:
         file.writeBeamOffTh(bpm, 0.25);
         file.writeROI(bpm, 100.5, 200.5, 0.0, 1e+12, 80.0);
         file.writeROCenable(true, false, true, bpm);
-        QCOMPARE(keysInFile(), beneath(group, {"BeamOffTh", "RoiX", "RoiY", "RoiI0min", "RoiI0max", "Roc",
-                                               "RocXenable", "RocYenable", "BeamOffEnable"}));
+        QCOMPARE(keysInFile(), beneath(group, {"BeamOffTh", "RoiX", "RoiY", "RoiI0min", "RoiI0max", "Roc", "RocXenable",
+                                               "RocYenable", "BeamOffEnable"}));
         QCOMPARE(stored(group + QStringLiteral("/BeamOffTh")), 0.25);
         QCOMPARE(stored(group + QStringLiteral("/RoiX")), 100.5);
         QCOMPARE(stored(group + QStringLiteral("/RoiY")), 200.5);
@@ -301,8 +299,8 @@ private slots:
     void outputsOfTheControllersStandInBeamline()
     {
         file.writeDACpos(3, 2, 0, 1);
-        QCOMPARE(keysInFile(), beneath(QStringLiteral("Beamline"),
-                                       {"DAC_posXlf", "DAC_posXhf", "DAC_posYlf", "DAC_posYhf"}));
+        QCOMPARE(keysInFile(),
+                 beneath(QStringLiteral("Beamline"), {"DAC_posXlf", "DAC_posXhf", "DAC_posYlf", "DAC_posYhf"}));
         QCOMPARE(stored(QStringLiteral("Beamline/DAC_posXlf")), 3.0);
         QCOMPARE(stored(QStringLiteral("Beamline/DAC_posXhf")), 2.0);
         QCOMPARE(stored(QStringLiteral("Beamline/DAC_posYlf")), 0.0);
@@ -319,8 +317,8 @@ private slots:
     {
         file.writePositionFilter(0, 0, 3, 12.5, 99.0);
         file.writePositionFilter(0, 1, 4, 13.5, 99.0);
-        QCOMPARE(keysInFile(), beneath(QStringLiteral("PositionFilters"),
-                                       {"XlfFilter", "XlfFcutLow", "YlfFilter", "YlfFcutLow"}));
+        QCOMPARE(keysInFile(),
+                 beneath(QStringLiteral("PositionFilters"), {"XlfFilter", "XlfFcutLow", "YlfFilter", "YlfFcutLow"}));
         int type = -1;
         double low = -1;
         double high = -42;
@@ -338,9 +336,8 @@ private slots:
     {
         file.writePositionFilter(1, 0, 1, 12.5, 99.5);
         file.writePositionFilter(1, 1, 2, 13.5, 98.5);
-        QCOMPARE(keysInFile(),
-                 beneath(QStringLiteral("PositionFilters"), {"XhfFilter", "XhfFcutLow", "XhfFcutHigh",
-                                                             "YhfFilter", "YhfFcutLow", "YhfFcutHigh"}));
+        QCOMPARE(keysInFile(), beneath(QStringLiteral("PositionFilters"), {"XhfFilter", "XhfFcutLow", "XhfFcutHigh",
+                                                                           "YhfFilter", "YhfFcutLow", "YhfFcutHigh"}));
         int type = -1;
         double low = -1;
         double high = -1;
@@ -358,8 +355,8 @@ private slots:
     {
         const Ten values[6] = {numbers(1), numbers(20), numbers(40), numbers(60), numbers(80), numbers(100)};
         QCOMPARE(file.hasIIR(), false);
-        file.writeIIR(values[0].data(), values[1].data(), values[2].data(), values[3].data(),
-                      values[4].data(), values[5].data());
+        file.writeIIR(values[0].data(), values[1].data(), values[2].data(), values[3].data(), values[4].data(),
+                      values[5].data());
         QCOMPARE(file.hasIIR(), true);
         QCOMPARE(keysInFile().size(), 60);
         QCOMPARE(stored(QStringLiteral("IIR_X/a/1/val")), 1.0);
@@ -370,8 +367,7 @@ private slots:
         QVERIFY(!contentOf(settingsPath()).contains("size"));
 
         Ten read[6] = {};
-        file.readIIR(read[0].data(), read[1].data(), read[2].data(), read[3].data(), read[4].data(),
-                     read[5].data());
+        file.readIIR(read[0].data(), read[1].data(), read[2].data(), read[3].data(), read[4].data(), read[5].data());
         for (int i = 0; i < 6; ++i)
             QCOMPARE(read[i], values[i]);
 
@@ -379,8 +375,7 @@ private slots:
         file.removeIIR();
         QCOMPARE(file.hasIIR(), false);
         QCOMPARE(keysInFile(), QStringList{QStringLiteral("BPM1/Scale_X")});
-        file.readIIR(read[0].data(), read[1].data(), read[2].data(), read[3].data(), read[4].data(),
-                     read[5].data());
+        file.readIIR(read[0].data(), read[1].data(), read[2].data(), read[3].data(), read[4].data(), read[5].data());
         QCOMPARE(read[5], Ten{});
     }
 

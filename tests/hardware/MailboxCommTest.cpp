@@ -32,10 +32,9 @@ const std::vector<Command>& commandTable()
         {"setPIDconf", [] { return mailbox->setPIDconf(14); }, "setPIDconf(14)", "setPIDconf() failed "},
         {"setPIDparams", [] { return mailbox->setPIDparams(2, 1, 2, 3, 4, 5, -6, 7, 8); },
          "setPIDparams(2, 1, 2, 3, 4, 5, -6, 7, 8)", "setPIDparams() failed "},
-        {"setOffset", [] { return mailbox->setOffset(1.5, 2.5, 3.5, -4.5); },
-         "setOffset(1.5, 2.5, 3.5, -4.5)", "setOffset() failed "},
-        {"setWindAvg", [] { return mailbox->setWindAvg(3, 500); }, "setWindAvg(3, 500)",
-         "setWindAvg() failed "},
+        {"setOffset", [] { return mailbox->setOffset(1.5, 2.5, 3.5, -4.5); }, "setOffset(1.5, 2.5, 3.5, -4.5)",
+         "setOffset() failed "},
+        {"setWindAvg", [] { return mailbox->setWindAvg(3, 500); }, "setWindAvg(3, 500)", "setWindAvg() failed "},
         {"setSetpoint", [] { return mailbox->setSetpointXlf(10.5); }, "setSetpoint(0, 10.5)",
          "setSetpoint(Xlf) failed "},
         {"setSetpoint", [] { return mailbox->setSetpointXhf(11.5); }, "setSetpoint(1, 11.5)",
@@ -48,39 +47,34 @@ const std::vector<Command>& commandTable()
          "setPIDoutSel() failed "},
         {"setBPMselector", [] { return mailbox->setBPMselector(0, 1, 1, 0); }, "setBPMselector(0, 1, 1, 0)",
          "setBPMselector() failed "},
-        {"getBPMselector",
-         [] { return mailbox->getBPMselector(&number[0], &number[1], &number[2], &number[3]); },
+        {"getBPMselector", [] { return mailbox->getBPMselector(&number[0], &number[1], &number[2], &number[3]); },
          "getBPMselector()", "getBPMselector() failed "},
-        {"setOutputMux", [] { return mailbox->setOutputMux(1); }, "setOutputMux(1)",
-         "setOutputMux( 1 ) failed "},
-        {"setOutputMux", [] { return mailbox->setOutputMux(0); }, "setOutputMux(0)",
-         "setOutputMux( 0 ) failed "},
+        {"setOutputMux", [] { return mailbox->setOutputMux(1); }, "setOutputMux(1)", "setOutputMux( 1 ) failed "},
+        {"setOutputMux", [] { return mailbox->setOutputMux(0); }, "setOutputMux(0)", "setOutputMux( 0 ) failed "},
         // The orientation and the crossbar take the monitor last; the library takes it first.
-        {"setBPMorient", [] { return mailbox->setBPMorient(7, 1); }, "setBPMorient(1, 7)",
-         "setBPMorient() failed "},
+        {"setBPMorient", [] { return mailbox->setBPMorient(7, 1); }, "setBPMorient(1, 7)", "setBPMorient() failed "},
         {"setCrossBar", [] { return mailbox->setCrossBar(3, 2, 0, 5, 1); }, "setCrossBar(1, 3, 2, 0, 5)",
          "setCrossBar() failed "},
         {"setBPMscale", [] { return mailbox->setBPMscale(1, 100.5, 200.5); }, "setBPMscale(1, 100.5, 200.5)",
          "setBPMscale() failed "},
         {"setBPMoffset", [] { return mailbox->setBPMoffset(1, -1.5, 2.5); }, "setBPMoffset(1, -1.5, 2.5)",
          "setBPMoffset() failed "},
-        {"setROCenable", [] { return mailbox->setROCenable(1, 0, 1, 1, 0, 0); },
-         "setROCenable(1, 0, 1, 1, 0, 0)", "setROCenable() failed "},
-        {"getROCenable",
-         [] { return mailbox->getROCenable(byte, byte + 1, byte + 2, byte + 3, byte + 4, byte + 5); },
+        {"setROCenable", [] { return mailbox->setROCenable(1, 0, 1, 1, 0, 0); }, "setROCenable(1, 0, 1, 1, 0, 0)",
+         "setROCenable() failed "},
+        {"getROCenable", [] { return mailbox->getROCenable(byte, byte + 1, byte + 2, byte + 3, byte + 4, byte + 5); },
          "getROCenable()", "getROCenable() failed "},
         {"setROClimits", [] { return mailbox->setROClimits(5, -2.5, 1e12); }, "setROClimits(5, -2.5, 1e+12)",
          "setROClimits() failed "},
         {"ionbarHVenable", [] { return mailbox->ionbarHVenable(7, 1); }, "ionbarHVenable(7, 1)",
          "ionbarHVenable() failed "},
-        {"ionbarHVSetVoltage", [] { return mailbox->ionbarHVSetVoltage(1, 250.5F); },
-         "ionbarHVSetVoltage(1, 250.5)", "ionbarHVSetVoltage() failed "},
+        {"ionbarHVSetVoltage", [] { return mailbox->ionbarHVSetVoltage(1, 250.5F); }, "ionbarHVSetVoltage(1, 250.5)",
+         "ionbarHVSetVoltage() failed "},
         {"ionbarSetRange", [] { return mailbox->ionbarSetRange(2, 1); }, "ionbarSetRange(2, 1)",
          "ionbarSetRange() failed "},
         {"setDisplayFreq", [] { return mailbox->setDisplayFreq(1); }, "setDisplayFreq(1000, 1)",
          "setDisplayFreq() failed "},
-        {"getSystemVersion", [] { return mailbox->getSystemVersion(nullptr, nullptr, nullptr); },
-         "getSystemVersion()", "getSystemVersion() failed "},
+        {"getSystemVersion", [] { return mailbox->getSystemVersion(nullptr, nullptr, nullptr); }, "getSystemVersion()",
+         "getSystemVersion() failed "},
     };
     return table;
 }
@@ -173,9 +167,9 @@ private slots:
         QCOMPARE(int(mailbox->getPIDconf()), 0);
         QCOMPARE(mailbox->getDisplayFreq(&filter), 0.0);
         QCOMPARE(filter, false);
-        QCOMPARE(log.lines(), (QStringList{QStringLiteral("3 getOutputMux() failed "),
-                                           QStringLiteral("3 getPIDconf() failed "),
-                                           QStringLiteral("3 getDisplayFreq() failed ")}));
+        QCOMPARE(log.lines(),
+                 (QStringList{QStringLiteral("3 getOutputMux() failed "), QStringLiteral("3 getPIDconf() failed "),
+                              QStringLiteral("3 getDisplayFreq() failed ")}));
     }
 
     void displayRateIsTakenFromTheGlobalAtTheCall()
@@ -184,8 +178,8 @@ private slots:
         mailbox->setDisplayFreq(0);
         SAMP_FREQ = 0;
         mailbox->setDisplayFreq(1);
-        QCOMPARE(lines(callsOf("setDisplayFreq")), (QStringList{QStringLiteral("setDisplayFreq(50000, 0)"),
-                                                                QStringLiteral("setDisplayFreq(0, 1)")}));
+        QCOMPARE(lines(callsOf("setDisplayFreq")),
+                 (QStringList{QStringLiteral("setDisplayFreq(50000, 0)"), QStringLiteral("setDisplayFreq(0, 1)")}));
     }
 
     void displayFilterIsOnWhenNotZero()
@@ -229,11 +223,11 @@ private slots:
         QCOMPARE(values[3], 6.0);
         fail("getSetpoint");
         QCOMPARE(mailbox->getSetpoints(&values[0], &values[1], &values[2], &values[3]), -1);
-        QCOMPARE(log.lines(), (QStringList{QStringLiteral("3 getSetpoint(Xlf) failed "),
-                                           QStringLiteral("3 getSetpoint(Xlf) failed "),
-                                           QStringLiteral("3 getSetpoint(Xhf) failed "),
-                                           QStringLiteral("3 getSetpoint(Ylf) failed "),
-                                           QStringLiteral("3 getSetpoint(Yhf) failed ")}));
+        QCOMPARE(
+            log.lines(),
+            (QStringList{QStringLiteral("3 getSetpoint(Xlf) failed "), QStringLiteral("3 getSetpoint(Xlf) failed "),
+                         QStringLiteral("3 getSetpoint(Xhf) failed "), QStringLiteral("3 getSetpoint(Ylf) failed "),
+                         QStringLiteral("3 getSetpoint(Yhf) failed ")}));
     }
 
     void nullPointersOfGetSetpointsGoToTheLibrary()

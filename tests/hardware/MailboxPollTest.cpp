@@ -186,10 +186,10 @@ private slots:
         LogLines log(QsLogging::InfoLevel);
         fail("getSFPinfo");
         mailbox->refreshData();
-        QCOMPARE(log.lines(), (QStringList{QStringLiteral("3 getSFPinfo( 0 ) failed "),
-                                           QStringLiteral("3 getSFPinfo( 1 ) failed "),
-                                           QStringLiteral("3 getSFPinfo( 2 ) failed "),
-                                           QStringLiteral("3 getSFPinfo( 3 ) failed ")}));
+        QCOMPARE(
+            log.lines(),
+            (QStringList{QStringLiteral("3 getSFPinfo( 0 ) failed "), QStringLiteral("3 getSFPinfo( 1 ) failed "),
+                         QStringLiteral("3 getSFPinfo( 2 ) failed "), QStringLiteral("3 getSFPinfo( 3 ) failed ")}));
         QCOMPARE(mailbox->nrIonBars, 0);
     }
 
@@ -217,10 +217,9 @@ private slots:
         QCOMPARE(mailbox->stats.bpm[0].posXMean, 1.25);
         QCOMPARE(mailbox->stats.bpm[1].i0StdFilt, 2.5);
         QCOMPARE(mailbox->pidStatus, int(PidStatusOutOfRoc));
-        QCOMPARE(allCalls(),
-                 (QStringList{QStringLiteral("getSFPinfo(0)"), QStringLiteral("getSFPinfo(1)"),
-                              QStringLiteral("getSFPinfo(2)"), QStringLiteral("getSFPinfo(3)"),
-                              QStringLiteral("getBPMStats()"), QStringLiteral("getPIDstatus()")}));
+        QCOMPARE(allCalls(), (QStringList{QStringLiteral("getSFPinfo(0)"), QStringLiteral("getSFPinfo(1)"),
+                                          QStringLiteral("getSFPinfo(2)"), QStringLiteral("getSFPinfo(3)"),
+                                          QStringLiteral("getBPMStats()"), QStringLiteral("getPIDstatus()")}));
     }
 
     void failedStatisticsKeepTheOldOnesSilently()

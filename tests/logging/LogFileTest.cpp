@@ -273,8 +273,7 @@ private slots:
         put("log.1/kept", "");
         const CapturedErrors errors;
         file->write(lineOf(1));
-        QVERIFY(
-            errors.text().endsWith(QStringLiteral("QsLog: could not reopen log file %1\n").arg(path("log"))));
+        QVERIFY(errors.text().endsWith(QStringLiteral("QsLog: could not reopen log file %1\n").arg(path("log"))));
         QVERIFY(!file->isValid());
         file->write(lineOf(1));
         QVERIFY(files().isEmpty());

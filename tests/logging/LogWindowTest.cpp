@@ -78,8 +78,7 @@ private slots:
     void iconsAreThere()
     {
         for (const char* name : {"pause", "resume", "save", "clear", "copy"}) {
-            const QImage image(
-                QStringLiteral(":/QsLogWindow/images/icon-%1-16.png").arg(QLatin1String(name)));
+            const QImage image(QStringLiteral(":/QsLogWindow/images/icon-%1-16.png").arg(QLatin1String(name)));
             QCOMPARE(image.size(), QSize(16, 16));
         }
     }
@@ -120,8 +119,7 @@ private slots:
         } model(~quint64(0));
         model.append(line(ErrorLevel, QStringLiteral("m")));
         QCOMPARE(model.columnCount(), 3);
-        QCOMPARE(model.data(model.createIndex(0, 100)).toString(),
-                 QStringLiteral("ERROR 2026-07-01T12:20:30.045 m"));
+        QCOMPARE(model.data(model.createIndex(0, 100)).toString(), QStringLiteral("ERROR 2026-07-01T12:20:30.045 m"));
         QVERIFY(!model.data(model.createIndex(0, 3)).isValid());
         QVERIFY(!model.headerData(100, Qt::Horizontal).isValid());
     }
@@ -145,12 +143,10 @@ private slots:
         addOneOfEachLevel();
         levels()->setCurrentIndex(ErrorLevel);
         QCOMPARE(shown(), QStringList({QStringLiteral("4"), QStringLiteral("5")}));
-        QCOMPARE(table()->model()->index(0, 0).data(Qt::BackgroundRole).value<QColor>(),
-                 QColor(255, 128, 128));
+        QCOMPARE(table()->model()->index(0, 0).data(Qt::BackgroundRole).value<QColor>(), QColor(255, 128, 128));
         add(WarnLevel, "late warning");
         add(ErrorLevel, "late error");
-        QCOMPARE(shown(),
-                 QStringList({QStringLiteral("4"), QStringLiteral("5"), QStringLiteral("late error")}));
+        QCOMPARE(shown(), QStringList({QStringLiteral("4"), QStringLiteral("5"), QStringLiteral("late error")}));
         levels()->setCurrentIndex(TraceLevel);
         QCOMPARE(shown().size(), 8);
         QCOMPARE(shown().last(), QStringLiteral("late error"));
@@ -187,10 +183,8 @@ private slots:
         button("toolButtonPause")->click();
         QCOMPARE(button("toolButtonPause")->text(), QStringLiteral("&Resume"));
         const auto showsPicture = [this](const char* name) {
-            const QImage wanted(
-                QStringLiteral(":/QsLogWindow/images/icon-%1-16.png").arg(QLatin1String(name)));
-            return button("toolButtonPause")->icon().pixmap(16).toImage().convertToFormat(wanted.format()) ==
-                   wanted;
+            const QImage wanted(QStringLiteral(":/QsLogWindow/images/icon-%1-16.png").arg(QLatin1String(name)));
+            return button("toolButtonPause")->icon().pixmap(16).toImage().convertToFormat(wanted.format()) == wanted;
         };
         QVERIFY(showsPicture("resume"));
         addMany(5);
@@ -230,8 +224,8 @@ private slots:
         button("toolButtonClear")->click();
         QCOMPARE(shown().size(), 0);
         addMany(10, TraceLevel);
-        QCOMPARE(shown(), QStringList({QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2"),
-                                       QStringLiteral("3")}));
+        QCOMPARE(shown(),
+                 QStringList({QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")}));
     }
 
     void clearEmptiesTheLog()
@@ -250,8 +244,7 @@ private slots:
         add(InfoLevel, "one ");
         add(ErrorLevel, "two ");
         // The table's own copy of its current cell must not come behind.
-        table()->selectionModel()->setCurrentIndex(table()->model()->index(0, 2),
-                                                   QItemSelectionModel::NoUpdate);
+        table()->selectionModel()->setCurrentIndex(table()->model()->index(0, 2), QItemSelectionModel::NoUpdate);
         QTest::keyClick(table(), Qt::Key_C, Qt::ControlModifier);
         QCOMPARE(clipboard(), QStringLiteral("INFO  2026-07-01T12:20:30.045 one \n"
                                              "ERROR 2026-07-01T12:20:30.045 two \n"));
@@ -271,8 +264,7 @@ private slots:
         addMany(5);
         QItemSelectionModel* selection = table()->selectionModel();
         for (const int row : {3, 0, 2})
-            selection->select(table()->model()->index(row, 0),
-                              QItemSelectionModel::Select | QItemSelectionModel::Rows);
+            selection->select(table()->model()->index(row, 0), QItemSelectionModel::Select | QItemSelectionModel::Rows);
         button("toolButtonCopy")->click();
         QCOMPARE(clipboard(), QStringLiteral("INFO  2026-07-01T12:20:30.045 0\n"
                                              "INFO  2026-07-01T12:20:30.045 2\n"
@@ -358,8 +350,8 @@ private slots:
 
     void linesOfTheLoggerArriveWithoutTrace()
     {
-        Logger::instance().addDestination(DestinationMaker::newFunctorDestination(
-            window.get(), SLOT(addLogMessage(QsLogging::LogMessage))));
+        Logger::instance().addDestination(
+            DestinationMaker::newFunctorDestination(window.get(), SLOT(addLogMessage(QsLogging::LogMessage))));
         levels()->setCurrentIndex(TraceLevel);
         Logger::instance().setLevel(TraceLevel);
         KORA_LOG_TRACE << "trace";

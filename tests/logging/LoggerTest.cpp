@@ -240,8 +240,7 @@ private slots:
         class Marking : public CollectingDestination
         {
         public:
-            Marking(std::shared_ptr<CollectedLines> collected,
-                    std::function<LogMessage(const LogMessage&)> how)
+            Marking(std::shared_ptr<CollectedLines> collected, std::function<LogMessage(const LogMessage&)> how)
                 : CollectingDestination(std::move(collected), QStringLiteral("marking")), mark(std::move(how))
             {
             }
@@ -251,13 +250,12 @@ private slots:
             std::function<LogMessage(const LogMessage&)> mark;
         };
         for (const char* suffix : {"1", "2", "3"}) {
-            Logger::instance().addDestination(std::make_unique<Marking>(
-                shared, [=](const LogMessage& message) { return rename(message, suffix); }));
+            Logger::instance().addDestination(
+                std::make_unique<Marking>(shared, [=](const LogMessage& message) { return rename(message, suffix); }));
         }
         KORA_LOG_INFO << "m";
         QVERIFY(shared->waitFor(3));
-        QCOMPARE(shared->texts(),
-                 QStringList({QStringLiteral("m 1"), QStringLiteral("m 2"), QStringLiteral("m 3")}));
+        QCOMPARE(shared->texts(), QStringList({QStringLiteral("m 1"), QStringLiteral("m 2"), QStringLiteral("m 3")}));
         while (Logger::instance().removeDestination(QStringLiteral("marking"))) {
         }
     }
@@ -266,8 +264,7 @@ private slots:
     {
         std::promise<void> entered;
         std::promise<void> letGo;
-        Logger::instance().addDestination(
-            std::make_unique<SlowDestination>(entered, letGo.get_future().share()));
+        Logger::instance().addDestination(std::make_unique<SlowDestination>(entered, letGo.get_future().share()));
         KORA_LOG_INFO << "first";
         entered.get_future().wait();
         for (int line = 0; line < 100; ++line)
@@ -284,8 +281,7 @@ private slots:
         const DestinationPtr functor = DestinationMaker::newFunctorDestination(countCall);
         QCOMPARE(functor->type(), QStringLiteral("functor"));
         QVERIFY(functor->isValid());
-        QSignalSpy emitted(dynamic_cast<QObject*>(functor.get()),
-                           SIGNAL(logMessageReady(QsLogging::LogMessage)));
+        QSignalSpy emitted(dynamic_cast<QObject*>(functor.get()), SIGNAL(logMessageReady(QsLogging::LogMessage)));
         QVERIFY(emitted.isValid());
         functor->write(LogMessage(QStringLiteral("t"), QDateTime::currentDateTimeUtc(), TraceLevel));
         QCOMPARE(functionCalls.load(), 1);

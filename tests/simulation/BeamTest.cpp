@@ -1,7 +1,7 @@
-#include "simulation/beam/Actuator.h"
 #include "simulation/beam/Beam.h"
-#include "simulation/beam/NormalNoise.h"
 #include "simulation/PowerOn.h"
+#include "simulation/beam/Actuator.h"
+#include "simulation/beam/NormalNoise.h"
 #include "simulation/detectors/QuadrantDetector.h"
 #include "simulation/processor/Rates.h"
 
@@ -311,9 +311,9 @@ private slots:
         const FourValues straight = QuadrantDetector(1, sigma).shares(0.1, 0);
         QVERIFY(isNear((straight[Right] - straight[Left]) * QuadrantDetector::scale(1, sigma), 0.1, 1e-6));
         const FourValues turned = QuadrantDetector(0, sigma).shares(0, 0.1);
-        QVERIFY(isNear((turned[Top] + turned[Left] - turned[Right] - turned[Bottom])
-                           * QuadrantDetector::scale(0, sigma),
-                       0.1, 1e-6));
+        QVERIFY(
+            isNear((turned[Top] + turned[Left] - turned[Right] - turned[Bottom]) * QuadrantDetector::scale(0, sigma),
+                   0.1, 1e-6));
         QVERIFY(isNear(QuadrantDetector::scale(powerOn::orientation, powerOn::beamSigma), powerOn::scale, 1e-9));
     }
 };

@@ -258,8 +258,8 @@ private slots:
         std::vector<DisplayRecord> records(10);
         tell({"blocks", "garbage"});
         QCOMPARE(getBuffer(records.data(), 10), 10);
-        QVERIFY(std::isnan(records[0].dac[0]) || std::isnan(records[1].dac[0]) || !std::isfinite(records[0].pos1X)
-                || std::isnan(records[0].pos1X));
+        QVERIFY(std::isnan(records[0].dac[0]) || std::isnan(records[1].dac[0]) || !std::isfinite(records[0].pos1X) ||
+                std::isnan(records[0].pos1X));
         tell({"blocks", "good"});
         QCOMPARE(getBuffer(records.data(), 10), 10);
         for (const DisplayRecord& record : records)
@@ -307,14 +307,13 @@ private slots:
         tell({"blocks", "short", "7"});
         tell({"cable", "2", "0", "2", "3", "4"});
         const QString status = tell({"status"});
-        for (const char* part : {"beam          on, flux ", "drift         5 um in 10 s, random walk 1 um RMS",
-                                 "noise         0.02 um RMS, amplifiers 1e-10 A RMS",
-                                 "vibration     0: 0.53 Hz, x 2 um, y 1.6 um", "5: 99.8 Hz, x 0.05 um",
-                                 "feedback      off, configuration 2", "outputs       5 V, 5 V, 5 V, 5 V",
-                                 "stream        1000 Hz, blocks lack 7 records", "SFP A         2101",
-                                 "SFP D         2301", "BPM1 cables   top 1, right 2, bottom 3, left 4",
-                                 "BPM2 cables   top loose, right 2", "/dev/kora_ionbar1 removed",
-                                 "getLock until told", "setFBenable 3 times"})
+        for (const char* part :
+             {"beam          on, flux ", "drift         5 um in 10 s, random walk 1 um RMS",
+              "noise         0.02 um RMS, amplifiers 1e-10 A RMS", "vibration     0: 0.53 Hz, x 2 um, y 1.6 um",
+              "5: 99.8 Hz, x 0.05 um", "feedback      off, configuration 2", "outputs       5 V, 5 V, 5 V, 5 V",
+              "stream        1000 Hz, blocks lack 7 records", "SFP A         2101", "SFP D         2301",
+              "BPM1 cables   top 1, right 2, bottom 3, left 4", "BPM2 cables   top loose, right 2",
+              "/dev/kora_ionbar1 removed", "getLock until told", "setFBenable 3 times"})
             QVERIFY2(status.contains(QLatin1String(part)),
                      qPrintable(QLatin1String(part) + QStringLiteral(" in\n") + status));
     }

@@ -140,7 +140,8 @@ private slots:
             QVERIFY2(run.isRefusal(1, QStringLiteral("no simulation is running")), run.described().constData());
         }
         const ConsoleRun run = console({QStringLiteral("--pid"), QStringLiteral("1"), QStringLiteral("status")});
-        QVERIFY2(run.isRefusal(1, QStringLiteral("no simulation is running in process 1")), run.described().constData());
+        QVERIFY2(run.isRefusal(1, QStringLiteral("no simulation is running in process 1")),
+                 run.described().constData());
     }
 
     void helpNamesEveryCommand()

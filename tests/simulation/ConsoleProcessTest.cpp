@@ -53,8 +53,8 @@ public:
     }
     bool endBy(int signal)
     {
-        return kill(pid_t(process.processId()), signal) == 0 && process.waitForFinished()
-            && process.exitStatus() == QProcess::CrashExit;
+        return kill(pid_t(process.processId()), signal) == 0 && process.waitForFinished() &&
+               process.exitStatus() == QProcess::CrashExit;
     }
 
     QProcess process;
@@ -143,7 +143,8 @@ private slots:
         QVERIFY(one.isRunning());
         QVERIFY(other.isRunning());
         const ConsoleRun unnamed = console({QStringLiteral("beam"), QStringLiteral("off")});
-        QVERIFY2(unnamed.isRefusal(2, QStringLiteral("several simulations are running")), unnamed.described().constData());
+        QVERIFY2(unnamed.isRefusal(2, QStringLiteral("several simulations are running")),
+                 unnamed.described().constData());
         QVERIFY(unnamed.error.contains(one.pid()) && unnamed.error.contains(other.pid()));
         QCOMPARE(console({QStringLiteral("--pid"), other.pid(), QStringLiteral("beam"), QStringLiteral("off")}).status,
                  0);
@@ -322,18 +323,15 @@ private:
     {
         return folder + QLatin1Char('/') + subject.pid() + QStringLiteral(".socket");
     }
-    static void setMode(const QString& path, mode_t mode)
-    {
-        QCOMPARE(chmod(path.toLocal8Bit().constData(), mode), 0);
-    }
+    static void setMode(const QString& path, mode_t mode) { QCOMPARE(chmod(path.toLocal8Bit().constData(), mode), 0); }
 
     /// Sends bytes to the listener and returns all that comes back.
     QByteArray request(const Subject& subject, const QByteArray& bytes)
     {
         const int fd = newSocket();
         QByteArray answer;
-        if (connectTo(fd, socketOf(subject).toStdString()) == 0
-            && send(fd, bytes.constData(), std::size_t(bytes.size()), MSG_NOSIGNAL) == bytes.size()) {
+        if (connectTo(fd, socketOf(subject).toStdString()) == 0 &&
+            send(fd, bytes.constData(), std::size_t(bytes.size()), MSG_NOSIGNAL) == bytes.size()) {
             char part[256];
             for (ssize_t received = 0; (received = recv(fd, part, sizeof part, 0)) > 0;)
                 answer.append(part, int(received));

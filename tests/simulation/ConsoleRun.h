@@ -14,8 +14,8 @@ struct ConsoleRun
     /// Whether it ended as one that was told something wrong: one line, and nothing else.
     bool isRefusal(int wantedStatus, const QString& words) const
     {
-        return status == wantedStatus && output.isEmpty() && error.startsWith(QLatin1String("kora-sim: "))
-            && error.count(QLatin1Char('\n')) == 1 && error.endsWith(QLatin1Char('\n')) && error.contains(words);
+        return status == wantedStatus && output.isEmpty() && error.startsWith(QLatin1String("kora-sim: ")) &&
+               error.count(QLatin1Char('\n')) == 1 && error.endsWith(QLatin1Char('\n')) && error.contains(words);
     }
     QByteArray described() const
     {

@@ -145,9 +145,9 @@ private slots:
         for (int output = 0; output < 4; ++output)
             QCOMPARE(meanOf(records, SlotDac + output), 0.0);
         QVERIFY(std::fabs(meanOf(records, SlotInt1)) < 1e-9);
-        const auto [left, right] = std::minmax_element(
-            records.begin(), records.end(),
-            [](const DisplayRecord& a, const DisplayRecord& b) { return a.pos1X < b.pos1X; });
+        const auto [left, right] =
+            std::minmax_element(records.begin(), records.end(),
+                                [](const DisplayRecord& a, const DisplayRecord& b) { return a.pos1X < b.pos1X; });
         QVERIFY((right->pos1X - left->pos1X) * powerOn::scale > 500);
         QCOMPARE(deviceIn(2), std::uint16_t(0));
     }

@@ -31,10 +31,7 @@ constexpr const char* allDevices[] = {streamDevicePath, amplifierDevicePath[0], 
 /// A descriptor that is closed at the end of its scope.
 struct Descriptor
 {
-    explicit Descriptor(int opened)
-        : fd(opened)
-    {
-    }
+    explicit Descriptor(int opened) : fd(opened) {}
     ~Descriptor()
     {
         if (fd >= 0)
@@ -71,10 +68,10 @@ private slots:
     void everyFormOfOpenReachesTheDevices()
     {
         for (const char* path : allDevices) {
-            for (const int fd : {open(path, O_RDONLY), open64(path, O_RDWR | O_SYNC), openat(AT_FDCWD, path, O_RDONLY),
-                                 openat64(-1, path, O_RDONLY), fortified::open(path, O_RDONLY),
-                                 fortified::open64(path, O_RDONLY), fortified::openat(path, O_RDONLY),
-                                 fortified::openat64(path, O_RDONLY)}) {
+            for (const int fd :
+                 {open(path, O_RDONLY), open64(path, O_RDWR | O_SYNC), openat(AT_FDCWD, path, O_RDONLY),
+                  openat64(-1, path, O_RDONLY), fortified::open(path, O_RDONLY), fortified::open64(path, O_RDONLY),
+                  fortified::openat(path, O_RDONLY), fortified::openat64(path, O_RDONLY)}) {
                 QVERIFY2(fd >= 0, path);
                 // None of them knows this request, and says so as a driver does.
                 errno = 0;

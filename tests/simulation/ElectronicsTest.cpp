@@ -1,7 +1,7 @@
 #include "simulation/detectors/CurrentAmplifier.h"
+#include "simulation/detectors/PositionMonitor.h"
 #include "simulation/outputs/FunctionGenerator.h"
 #include "simulation/outputs/OutputUnit.h"
-#include "simulation/detectors/PositionMonitor.h"
 #include "simulation/processor/Rates.h"
 #include "simulation/processor/SfpPorts.h"
 

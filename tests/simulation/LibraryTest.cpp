@@ -24,10 +24,10 @@ namespace {
 class GuardedBuffer
 {
 public:
-    explicit GuardedBuffer(const char* text, std::size_t bytes = 32)
-        : page(std::size_t(sysconf(_SC_PAGESIZE)))
+    explicit GuardedBuffer(const char* text, std::size_t bytes = 32) : page(std::size_t(sysconf(_SC_PAGESIZE)))
     {
-        memory = static_cast<char*>(mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+        memory =
+            static_cast<char*>(mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
         mprotect(memory + page, page, PROT_NONE);
         start = memory + page - bytes;
         strncpy(start, text, bytes);
@@ -84,8 +84,7 @@ const std::map<std::string, std::function<int()>>& goodCalls()
         {"setBPMoffset", [] { return setBPMoffset(0, 0, 0); }},
         {"setCrossBar", [] { return setCrossBar(0, 0, 1, 2, 3); }},
         {"setROCenable", [] { return setROCenable(0, 0, 0, 0, 0, 0); }},
-        {"getROCenable",
-         [] { return getROCenable(bytes, bytes + 1, bytes + 2, bytes + 3, bytes + 4, bytes + 5); }},
+        {"getROCenable", [] { return getROCenable(bytes, bytes + 1, bytes + 2, bytes + 3, bytes + 4, bytes + 5); }},
         {"setROClimits", [] { return setROClimits(0, 0, 1); }},
         {"ionbarHVenable", [] { return ionbarHVenable(0, 0); }},
         {"ionbarHVSetVoltage", [] { return ionbarHVSetVoltage(0, 0); }},
@@ -248,10 +247,7 @@ private slots:
         QVERIFY(getSFPinfo(4, nullptr, nullptr, nullptr, nullptr) < 0);
     }
 
-    void infiniteLimitsAreTaken()
-    {
-        QCOMPARE(setROClimits(0, 0, std::numeric_limits<double>::infinity()), 0);
-    }
+    void infiniteLimitsAreTaken() { QCOMPARE(setROClimits(0, 0, std::numeric_limits<double>::infinity()), 0); }
 
     void accountsGiveTheirLevel()
     {

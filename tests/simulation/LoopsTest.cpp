@@ -1,5 +1,5 @@
-#include "simulation/processor/FeedbackLoops.h"
 #include "simulation/PowerOn.h"
+#include "simulation/processor/FeedbackLoops.h"
 #include "simulation/processor/Rates.h"
 
 #include <QTest>
@@ -51,10 +51,7 @@ struct Bench
         for (int loop = 0; loop < 4; ++loop)
             loops.controller(loop).setGains({1, 0, 0, 0, 0, -100, 100, 1});
     }
-    void tick(Interlock::Verdict verdict = Interlock::Verdict::Good)
-    {
-        loops.tick(readings, monitors, verdict, 1e-4);
-    }
+    void tick(Interlock::Verdict verdict = Interlock::Verdict::Good) { loops.tick(readings, monitors, verdict, 1e-4); }
 };
 
 } // namespace
@@ -324,10 +321,9 @@ private slots:
     {
         QTest::addColumn<int>("code");
         QTest::addColumn<QByteArray>("running");
-        const char* const rows[] = {"Xlf",     "Xlf Xhf",     "Xlf Ylf",     "Xlf Yhf",         "Xlf Xhf Ylf",
-                                    "Xlf Xhf Yhf", "Xlf Ylf Yhf", "Xlf Xhf Ylf Yhf", "Xhf",     "Xhf Ylf",
-                                    "Xhf Yhf", "Xhf Ylf Yhf", "Ylf",         "Ylf Yhf",         "Yhf",
-                                    ""};
+        const char* const rows[] = {
+            "Xlf", "Xlf Xhf", "Xlf Ylf", "Xlf Yhf",     "Xlf Xhf Ylf", "Xlf Xhf Yhf", "Xlf Ylf Yhf", "Xlf Xhf Ylf Yhf",
+            "Xhf", "Xhf Ylf", "Xhf Yhf", "Xhf Ylf Yhf", "Ylf",         "Ylf Yhf",     "Yhf",         ""};
         for (int code = 0; code <= 15; ++code)
             QTest::addRow("code %d", code) << code << QByteArray(rows[code]);
     }

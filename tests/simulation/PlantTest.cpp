@@ -83,8 +83,8 @@ private slots:
         Plant plant(1000);
         runSeconds(plant, 12);
         const auto records = newest(plant, 10000);
-        for (const double DisplayRecord::*position : {&DisplayRecord::pos1X, &DisplayRecord::pos1Y,
-                                                      &DisplayRecord::pos2X, &DisplayRecord::pos2Y}) {
+        for (const double DisplayRecord::*position :
+             {&DisplayRecord::pos1X, &DisplayRecord::pos1Y, &DisplayRecord::pos2X, &DisplayRecord::pos2Y}) {
             double largest = 0;
             for (const DisplayRecord& record : records)
                 largest = std::max(largest, std::fabs(record.*position) * powerOn::scale);

@@ -1,7 +1,7 @@
+#include "simulation/console/Scenario.h"
 #include "ConsoleRun.h"
 #include "FreshInstallation.h"
 #include "simulation/console/InputError.h"
-#include "simulation/console/Scenario.h"
 
 #include <QDir>
 #include <QFile>
@@ -56,9 +56,15 @@ private slots:
 
     void byteOrderMarkBeforeTheFirstLineCountsForNothing()
     {
-        QCOMPARE(Scenario::load(written("\xef\xbb\xbf" "0 beam on\r\n").toStdString()).steps.at(0).command,
+        QCOMPARE(Scenario::load(written("\xef\xbb\xbf"
+                                        "0 beam on\r\n")
+                                    .toStdString())
+                     .steps.at(0)
+                     .command,
                  std::string("beam on"));
-        QVERIFY_EXCEPTION_THROWN(Scenario::load(written("0 beam on\n\xef\xbb\xbf" "1 beam on\n").toStdString()),
+        QVERIFY_EXCEPTION_THROWN(Scenario::load(written("0 beam on\n\xef\xbb\xbf"
+                                                        "1 beam on\n")
+                                                    .toStdString()),
                                  InputError);
     }
 
@@ -119,12 +125,10 @@ private slots:
                                  << QStringLiteral(":3: unknown command \"dance\"");
         QTest::newRow("argument") << QByteArray("0 kick 1 x\n") << QStringLiteral(":1: kick: y must be a number");
         QTest::newRow("time") << QByteArray("soon beam on\n") << QStringLiteral(":1: the time must be");
-        QTest::newRow("order") << QByteArray("2 beam on\n1 beam off\n")
-                               << QStringLiteral(":2: the time is earlier");
+        QTest::newRow("order") << QByteArray("2 beam on\n1 beam off\n") << QStringLiteral(":2: the time is earlier");
         QTest::newRow("nothing") << QByteArray("2\n") << QStringLiteral(":1: a command is missing");
         QTest::newRow("empty") << QByteArray("# nothing\n") << QStringLiteral("has no step");
-        QTest::newRow("nested") << QByteArray("0 play other\n")
-                                << QStringLiteral(":1: unknown command \"play\"");
+        QTest::newRow("nested") << QByteArray("0 play other\n") << QStringLiteral(":1: unknown command \"play\"");
     }
 
     void mistakesNameFileAndLine()
@@ -218,8 +222,7 @@ private slots:
     {
         QFETCH(QString, name);
         QFETCH(double, seconds);
-        const ConsoleRun check =
-            runConsole({QStringLiteral("play"), QStringLiteral("--check"), scenarioFolder + name});
+        const ConsoleRun check = runConsole({QStringLiteral("play"), QStringLiteral("--check"), scenarioFolder + name});
         QVERIFY2(check.output.endsWith(QStringLiteral(" steps in %1 s\n").arg(seconds)), check.described().constData());
         const InstallationState before = control->state();
         control->useRealClock();

@@ -1,9 +1,9 @@
-#include "simulation/processor/DisplayStream.h"
 #include "simulation/Faults.h"
+#include "simulation/FixedStepClock.h"
 #include "simulation/Installation.h"
+#include "simulation/processor/DisplayStream.h"
 #include "simulation/processor/Rates.h"
 #include "simulation/processor/Statistics.h"
-#include "simulation/FixedStepClock.h"
 
 #include <QTest>
 
@@ -21,10 +21,7 @@ struct NumberedStream
     DisplayStream stream;
     int step = 0;
 
-    explicit NumberedStream(int hertz)
-        : stream(hertz)
-    {
-    }
+    explicit NumberedStream(int hertz) : stream(hertz) {}
     void run(int steps)
     {
         for (int i = 0; i < steps; ++i) {
@@ -158,7 +155,8 @@ private slots:
         statistics.start(10000);
         // 50 Hz passes the millisecond mean with sin(x)/x, 1000 Hz does not pass at all.
         for (int i = 0; i < 25000; ++i)
-            statistics.add(3 + 0.5 * std::sin(2 * M_PI * 50 * i / 10000.0) + 0.2 * std::sin(2 * M_PI * 1000 * i / 10000.0));
+            statistics.add(3 + 0.5 * std::sin(2 * M_PI * 50 * i / 10000.0) +
+                           0.2 * std::sin(2 * M_PI * 1000 * i / 10000.0));
         QVERIFY(std::fabs(statistics.mean() - 3) < 1e-12);
         QVERIFY(std::fabs(statistics.deviation() - std::sqrt(0.125 + 0.02)) < 1e-12);
         const double passed = std::sin(M_PI * 0.05) / (10 * std::sin(M_PI * 0.005));

@@ -14,8 +14,8 @@
 #include <thread>
 #include <vector>
 
-using kora::simulation::SimulationControl;
 using kora::simulation::findControl;
+using kora::simulation::SimulationControl;
 
 /// Concurrent calls, as the poll and the windows of the program make them. Meant to run under a thread sanitizer too.
 class ThreadsTest : public QObject
@@ -64,7 +64,8 @@ private slots:
             control->beamPosition();
         };
         std::vector<std::thread> threads;
-        for (const std::function<void()>& work : std::vector<std::function<void()>>{poll, display, command, tool, trainer})
+        for (const std::function<void()>& work :
+             std::vector<std::function<void()>>{poll, display, command, tool, trainer})
             threads.emplace_back([work] {
                 for (int i = 0; i < 40; ++i)
                     work();

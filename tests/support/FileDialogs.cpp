@@ -18,8 +18,7 @@ bool FileDialogs::eventFilter(QObject* object, QEvent* event)
     if (dialog && event->type() == QEvent::Show) {
         const QStringList selected = dialog->selectedFiles();
         kept.append({dialog->windowTitle(), dialog->nameFilters(),
-                     selected.isEmpty() ? QString() : QFileInfo(selected.first()).fileName(),
-                     dialog->defaultSuffix()});
+                     selected.isEmpty() ? QString() : QFileInfo(selected.first()).fileName(), dialog->defaultSuffix()});
         const QPointer<QFileDialog> shown = dialog;
         const QString path = answer;
         QTimer::singleShot(0, this, [shown, path] {

@@ -10,7 +10,8 @@ class FileDialogs : public QObject
     Q_OBJECT
 
 public:
-    struct Dialog {
+    struct Dialog
+    {
         QString caption;
         QStringList nameFilters;
         QString proposedName; ///< without folder

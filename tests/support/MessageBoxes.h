@@ -10,7 +10,8 @@ class MessageBoxes : public QObject
     Q_OBJECT
 
 public:
-    struct Box {
+    struct Box
+    {
         QString title;
         QString text;
         QMessageBox::Icon icon;

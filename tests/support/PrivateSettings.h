@@ -14,8 +14,8 @@ inline bool isPossible()
     constexpr int startMs = 30000;
     const QString bwrap = QStandardPaths::findExecutable(QStringLiteral("bwrap"));
     QProcess probe;
-    probe.start(bwrap, {QStringLiteral("--dev-bind"), QStringLiteral("/"), QStringLiteral("/"),
-                        QStringLiteral("true")});
+    probe.start(bwrap,
+                {QStringLiteral("--dev-bind"), QStringLiteral("/"), QStringLiteral("/"), QStringLiteral("true")});
     return !bwrap.isEmpty() && probe.waitForFinished(startMs) && probe.exitCode() == 0;
 }
 

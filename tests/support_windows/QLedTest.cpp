@@ -93,8 +93,7 @@ private slots:
             for (int color = 0; color < 7; ++color) {
                 const bool delivered = shape == 3 && color != 4 && color != 6;
                 if (!delivered)
-                    QTest::newRow(qPrintable(QStringLiteral("%1 %2").arg(shape).arg(color)))
-                        << shape << color;
+                    QTest::newRow(qPrintable(QStringLiteral("%1 %2").arg(shape).arg(color))) << shape << color;
             }
         }
         QTest::newRow("no shape") << 17 << 0;

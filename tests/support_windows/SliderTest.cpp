@@ -77,9 +77,8 @@ private slots:
     void firstScaleRunsFromZeroToOne()
     {
         Slider slider;
-        QCOMPARE(labels(slider),
-                 (QStringList{QStringLiteral("0"), QStringLiteral("0.2"), QStringLiteral("0.4"),
-                              QStringLiteral("0.6"), QStringLiteral("0.8"), QStringLiteral("1e+00")}));
+        QCOMPARE(labels(slider), (QStringList{QStringLiteral("0"), QStringLiteral("0.2"), QStringLiteral("0.4"),
+                                              QStringLiteral("0.6"), QStringLiteral("0.8"), QStringLiteral("1e+00")}));
         QCOMPARE(tickMarks(slider), 6);
     }
 
@@ -87,9 +86,8 @@ private slots:
     {
         Slider slider;
         slider.setScale(4, -10.0F, 30.0F);
-        QCOMPARE(labels(slider),
-                 (QStringList{QStringLiteral("-10"), QStringLiteral("0"), QStringLiteral("10"),
-                              QStringLiteral("20"), QStringLiteral("3e+01")}));
+        QCOMPARE(labels(slider), (QStringList{QStringLiteral("-10"), QStringLiteral("0"), QStringLiteral("10"),
+                                              QStringLiteral("20"), QStringLiteral("3e+01")}));
         QCOMPARE(tickMarks(slider), 5);
         // The labels and marks of the scale before are gone, not only hidden.
         QCOMPARE(slider.findChildren<QLabel*>().size(), 5);
@@ -152,9 +150,9 @@ private slots:
     {
         Slider slider;
         slider.setValue(500.0F);
-        QCOMPARE(labels(slider), (QStringList{QStringLiteral("0"), QStringLiteral("11809.8"),
-                                              QStringLiteral("23619.6"), QStringLiteral("35429.4"),
-                                              QStringLiteral("47239.2"), QStringLiteral("6e+04")}));
+        QCOMPARE(labels(slider),
+                 (QStringList{QStringLiteral("0"), QStringLiteral("11809.8"), QStringLiteral("23619.6"),
+                              QStringLiteral("35429.4"), QStringLiteral("47239.2"), QStringLiteral("6e+04")}));
         QCOMPARE(bar(slider), 0);
         slider.setValue(50.0F);
         // 2 to the tenth power

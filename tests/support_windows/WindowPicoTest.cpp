@@ -133,8 +133,8 @@ private slots:
         operate::press(operate::find<QPushButton>(amplifier(0), "saveButton"));
         operate::find<QComboBox>(amplifier(1), "rangeBox")->setCurrentText(QStringLiteral("1"));
         operate::press(operate::find<QPushButton>(amplifier(1), "saveButton"));
-        QCOMPARE(operate::lines(commands()), QStringList({QStringLiteral("ionbarSetRange(0, 0)"),
-                                                          QStringLiteral("ionbarSetRange(1, 1)")}));
+        QCOMPARE(operate::lines(commands()),
+                 QStringList({QStringLiteral("ionbarSetRange(0, 0)"), QStringLiteral("ionbarSetRange(1, 1)")}));
     }
 
     void rangeCanBeChangedByAWatcher()

@@ -31,8 +31,7 @@ struct Product
 constexpr Product products[] = {
     {"1100", "Power Supplies", "Rapidrail", "Rapidrail_small.png", "Rapidrail Power Supply"},
     {"2100", "Beamline instrumentation", "Ionbar", "icon_ionbar.png", "Empty slots"},
-    {"2180", "Beamline instrumentation", "Ionbar (recovery mode)", "icon_ionbar.png",
-     "Recovery mode, update firmware"},
+    {"2180", "Beamline instrumentation", "Ionbar (recovery mode)", "icon_ionbar.png", "Recovery mode, update firmware"},
     {"2140", "Beamline instrumentation", "Ionbar (fast interface)", "icon_ionbar_fast.png", "Fast interface"},
     {"2101", "Beamline instrumentation", "Ionbar", "icon_ionbar.png", "RM4 100uA 100nA:HV 500V pos"},
     {"2102", "Beamline instrumentation", "Ionbar (fast communication)", "icon_ionbar.png",
@@ -263,8 +262,7 @@ private slots:
 
     void codeThatIsNotInTheTableGivesEmptyTexts()
     {
-        for (const QString& code :
-             {QStringLiteral("ffff"), QStringLiteral("21"), QStringLiteral("2101 "), QString()}) {
+        for (const QString& code : {QStringLiteral("ffff"), QStringLiteral("21"), QStringLiteral("2101 "), QString()}) {
             QCOMPARE(deviceGroup(code), QString());
             QCOMPARE(deviceName(code), QString());
             QCOMPARE(deviceDesc(code), QString());

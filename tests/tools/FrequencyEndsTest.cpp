@@ -28,9 +28,8 @@ private slots:
         QCOMPARE(boxes.count(), 1);
         QCOMPARE(boxes.boxes().first().title, QStringLiteral("Cannot open file"));
         QCOMPARE(boxes.boxes().first().text,
-                 QStringLiteral(
-                     "System file /dev/kora_dma_displ could not be opened.\n\nPlease check if KORA driver "
-                     "is loaded.\nApplication will now quit.\n"));
+                 QStringLiteral("System file /dev/kora_dma_displ could not be opened.\n\nPlease check if KORA driver "
+                                "is loaded.\nApplication will now quit.\n"));
         QCOMPARE(boxes.boxes().first().icon, QMessageBox::Critical);
         QCOMPARE(keys(0).size(), std::size_t(2));
         QCOMPARE(values(magnitudePlot(), 0).at(0), 0.0);

@@ -35,8 +35,7 @@ private slots:
         QCOMPARE(combo("sweepTypeComboBox")->currentText(), QStringLiteral("log"));
         QCOMPARE(items("outputChComboBox"), QStringLiteral("x y"));
         QCOMPARE(items("inputChComboBox"), QStringLiteral("x y"));
-        for (const char* name :
-             {"outAnvoltChLineEdit", "offsetspinBox", "inIonbarChLineEdit", "inBpmChLineEdit"})
+        for (const char* name : {"outAnvoltChLineEdit", "offsetspinBox", "inIonbarChLineEdit", "inBpmChLineEdit"})
             QVERIFY2(!line(name)->isEnabled(), name);
         const auto* amplitude = find<QDoubleSpinBox>(window.get(), "amplspinBox");
         QCOMPARE(amplitude->value(), 0.01);
@@ -55,8 +54,8 @@ private slots:
         QStringList labels;
         for (const QLabel* label : window->findChildren<QLabel*>())
             labels.append(label->text());
-        for (const char* text : {"Start freq", "Stop freq", "Length", "Sweep type", "Output ch", "Anvolt",
-                                 "Ampl [Vpp]", "Offset", "Input ch", "IonBar", "BPM"})
+        for (const char* text : {"Start freq", "Stop freq", "Length", "Sweep type", "Output ch", "Anvolt", "Ampl [Vpp]",
+                                 "Offset", "Input ch", "IonBar", "BPM"})
             QVERIFY2(labels.contains(QLatin1String(text)), text);
     }
 
@@ -148,21 +147,16 @@ private slots:
         using Text = QByteArray;
         QTest::newRow("start below") << Text("0.0999") << Text("50") << Text("5") << startTitle << startText;
         QTest::newRow("start above") << Text("500.1") << Text("50") << Text("5") << startTitle << startText;
-        QTest::newRow("start not a number")
-            << Text("nan") << Text("50") << Text("5") << startTitle << startText;
+        QTest::newRow("start not a number") << Text("nan") << Text("50") << Text("5") << startTitle << startText;
         QTest::newRow("start no text") << Text("") << Text("50") << Text("5") << startTitle << startText;
-        QTest::newRow("start with a comma")
-            << Text("1,5") << Text("50") << Text("5") << startTitle << startText;
+        QTest::newRow("start with a comma") << Text("1,5") << Text("50") << Text("5") << startTitle << startText;
         QTest::newRow("stop below") << Text("10") << Text("0.99") << Text("5") << stopTitle << stopText;
         QTest::newRow("stop above") << Text("10") << Text("1000.5") << Text("5") << stopTitle << stopText;
         QTest::newRow("stop infinite") << Text("10") << Text("inf") << Text("5") << stopTitle << stopText;
         QTest::newRow("length below") << Text("10") << Text("50") << Text("1") << lengthTitle << lengthText;
-        QTest::newRow("length above")
-            << Text("10") << Text("50") << Text("1001") << lengthTitle << lengthText;
-        QTest::newRow("length not a number")
-            << Text("10") << Text("50") << Text("five") << lengthTitle << lengthText;
-        QTest::newRow("all wrong, start first")
-            << Text("0") << Text("0") << Text("0") << startTitle << startText;
+        QTest::newRow("length above") << Text("10") << Text("50") << Text("1001") << lengthTitle << lengthText;
+        QTest::newRow("length not a number") << Text("10") << Text("50") << Text("five") << lengthTitle << lengthText;
+        QTest::newRow("all wrong, start first") << Text("0") << Text("0") << Text("0") << startTitle << startText;
         QTest::newRow("stop before length") << Text("10") << Text("0") << Text("0") << stopTitle << stopText;
     }
     void refusedSweepsSayWhyAndTouchNothing()

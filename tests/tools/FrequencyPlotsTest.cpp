@@ -125,10 +125,8 @@ private slots:
         QCOMPARE(dialogs.dialogs().first().caption, QStringLiteral("Select a file to export the data"));
         QCOMPARE(dialogs.dialogs().first().nameFilters,
                  (QStringList{QStringLiteral("CSV files (*.csv)"), QStringLiteral("All Files (*)")}));
-        QCOMPARE(
-            contentOf(path("base_plot_x_x_0.csv")),
-            QByteArray(
-                "frequency [Hz], amplitude [um/um], phase [deg]\n1,2e+08,90\n250.5,20000,90\n500,2,90\n"));
+        QCOMPARE(contentOf(path("base_plot_x_x_0.csv")),
+                 QByteArray("frequency [Hz], amplitude [um/um], phase [deg]\n1,2e+08,90\n250.5,20000,90\n500,2,90\n"));
         QVERIFY(!QFile::exists(path("base.csv")));
     }
 
@@ -166,13 +164,11 @@ private slots:
         tree()->selectAll();
         FileDialogs dialogs(path("off.csv"));
         exportSelected();
-        QVERIFY(contentOf(path("off_plot_x_x_0.csv"))
-                    .startsWith("frequency [Hz], amplitude [um], phase [deg]\n"));
+        QVERIFY(contentOf(path("off_plot_x_x_0.csv")).startsWith("frequency [Hz], amplitude [um], phase [deg]\n"));
         find<QCheckBox>(window.get(), "useBPMscalingCheckBox")->setChecked(true);
         dialogs.answerWith(path("on.csv"));
         exportSelected();
-        QVERIFY(contentOf(path("on_plot_x_x_0.csv"))
-                    .startsWith("frequency [Hz], amplitude [um/um], phase [deg]\n"));
+        QVERIFY(contentOf(path("on_plot_x_x_0.csv")).startsWith("frequency [Hz], amplitude [um/um], phase [deg]\n"));
     }
 
     void exportWithoutASelectionOrANameWritesNothing()

@@ -139,12 +139,10 @@ private slots:
         }
         inPhase /= usedRecords;
         quadrature /= usedRecords;
-        const double magnitude =
-            double(std::sqrt(inPhase * inPhase + quadrature * quadrature)) / double(0.3F);
+        const double magnitude = double(std::sqrt(inPhase * inPhase + quadrature * quadrature)) / double(0.3F);
         const double phase = double(std::atan2(quadrature, inPhase)) * 180 / M_PI;
         const double found = values(magnitudePlot(), 0).at(0);
-        QVERIFY2(std::fabs(found / magnitude - 1) < 1e-10,
-                 qPrintable(QString::number(found / magnitude - 1)));
+        QVERIFY2(std::fabs(found / magnitude - 1) < 1e-10, qPrintable(QString::number(found / magnitude - 1)));
         QVERIFY(std::fabs(values(phasePlot(), 0).at(0) - phase) < 1e-8);
     }
 

@@ -20,8 +20,7 @@ QString name(GLenum value)
         {GL_NICEST, QStringLiteral("GL_NICEST")},
         {GL_PROJECTION, QStringLiteral("GL_PROJECTION")},
         {GL_MODELVIEW, QStringLiteral("GL_MODELVIEW")},
-        {GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT,
-         QStringLiteral("GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT")},
+        {GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT, QStringLiteral("GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT")},
     };
     return names.value(value, QString::number(value));
 }
@@ -33,8 +32,7 @@ QString text(double value)
 
 void keep(const char* function, const QStringList& arguments)
 {
-    kept.append(QLatin1String(function) + QLatin1Char('(') + arguments.join(QStringLiteral(", ")) +
-                QLatin1Char(')'));
+    kept.append(QLatin1String(function) + QLatin1Char('(') + arguments.join(QStringLiteral(", ")) + QLatin1Char(')'));
 }
 
 QStringList texts(std::initializer_list<double> values)

@@ -70,8 +70,7 @@ private:
     }
     static QStringList turns(double x, double y, double z)
     {
-        return {QStringLiteral("glRotatef(%1, 1, 0, 0)").arg(x),
-                QStringLiteral("glRotatef(%1, 0, 1, 0)").arg(y),
+        return {QStringLiteral("glRotatef(%1, 1, 0, 0)").arg(x), QStringLiteral("glRotatef(%1, 0, 1, 0)").arg(y),
                 QStringLiteral("glRotatef(%1, 0, 0, 1)").arg(z)};
     }
 
@@ -182,23 +181,22 @@ private slots:
     {
         gl_recorder::clear();
         graph->initializeGL();
-        QCOMPARE(
-            gl_recorder::calls(),
-            QStringList({QStringLiteral("glShadeModel(GL_SMOOTH)"),
-                         QStringLiteral("glClearColor(1, 1, 1, 0.5)"), QStringLiteral("glClearDepth(1)"),
-                         QStringLiteral("glEnable(GL_DEPTH_TEST)"), QStringLiteral("glDepthFunc(GL_LEQUAL)"),
-                         QStringLiteral("glHint(GL_PERSPECTIVE_CORRECTION_HINT, GL_NICEST)")}));
+        QCOMPARE(gl_recorder::calls(),
+                 QStringList({QStringLiteral("glShadeModel(GL_SMOOTH)"), QStringLiteral("glClearColor(1, 1, 1, 0.5)"),
+                              QStringLiteral("glClearDepth(1)"), QStringLiteral("glEnable(GL_DEPTH_TEST)"),
+                              QStringLiteral("glDepthFunc(GL_LEQUAL)"),
+                              QStringLiteral("glHint(GL_PERSPECTIVE_CORRECTION_HINT, GL_NICEST)")}));
     }
 
     void viewportIsACentredSquare()
     {
         gl_recorder::clear();
         graph->resizeGL(400, 301);
-        QCOMPARE(gl_recorder::calls(), QStringList({QStringLiteral("glViewport(49, 0, 301, 301)"),
-                                                    QStringLiteral("glMatrixMode(GL_PROJECTION)"),
-                                                    QStringLiteral("glLoadIdentity()"),
-                                                    QStringLiteral("glOrtho(-0.8, 0.8, -0.5, 1, 4, 15)"),
-                                                    QStringLiteral("glMatrixMode(GL_MODELVIEW)")}));
+        QCOMPARE(
+            gl_recorder::calls(),
+            QStringList({QStringLiteral("glViewport(49, 0, 301, 301)"), QStringLiteral("glMatrixMode(GL_PROJECTION)"),
+                         QStringLiteral("glLoadIdentity()"), QStringLiteral("glOrtho(-0.8, 0.8, -0.5, 1, 4, 15)"),
+                         QStringLiteral("glMatrixMode(GL_MODELVIEW)")}));
         gl_recorder::clear();
         graph->resizeGL(200, 300);
         QCOMPARE(gl_recorder::calls().first(), QStringLiteral("glViewport(0, 50, 200, 200)"));
@@ -211,15 +209,15 @@ private slots:
         gl_recorder::clear();
         graph->paintGL();
         const QStringList& calls = gl_recorder::calls();
-        QCOMPARE(calls.mid(0, 13),
-                 QStringList({QStringLiteral("glClear(GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT)"),
-                              QStringLiteral("glLoadIdentity()"), QStringLiteral("glTranslatef(0, 0, -10)"),
-                              QStringLiteral("glRotatef(293.125, 1, 0, 0)"),
-                              QStringLiteral("glRotatef(1.3125, 0, 1, 0)"),
-                              QStringLiteral("glRotatef(234, 0, 0, 1)"), QStringLiteral("glBegin(GL_QUADS)"),
-                              QStringLiteral("glColor4f(0, 1, 1, 1)"), QStringLiteral("glVertex3f(0, 0, 0)"),
-                              QStringLiteral("glVertex3f(1, 0, 0)"), QStringLiteral("glVertex3f(1, 1, 1)"),
-                              QStringLiteral("glVertex3f(0, 1, 0)"), QStringLiteral("glEnd()")}));
+        QCOMPARE(
+            calls.mid(0, 13),
+            QStringList({QStringLiteral("glClear(GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT)"),
+                         QStringLiteral("glLoadIdentity()"), QStringLiteral("glTranslatef(0, 0, -10)"),
+                         QStringLiteral("glRotatef(293.125, 1, 0, 0)"), QStringLiteral("glRotatef(1.3125, 0, 1, 0)"),
+                         QStringLiteral("glRotatef(234, 0, 0, 1)"), QStringLiteral("glBegin(GL_QUADS)"),
+                         QStringLiteral("glColor4f(0, 1, 1, 1)"), QStringLiteral("glVertex3f(0, 0, 0)"),
+                         QStringLiteral("glVertex3f(1, 0, 0)"), QStringLiteral("glVertex3f(1, 1, 1)"),
+                         QStringLiteral("glVertex3f(0, 1, 0)"), QStringLiteral("glEnd()")}));
         QCOMPARE(calls.mid(13, 10),
                  QStringList({QStringLiteral("glLineWidth(1.5)"), QStringLiteral("glColor3f(0.3, 0.3, 0.3)"),
                               QStringLiteral("glBegin(GL_LINES)"), QStringLiteral("glVertex3f(0, 0, 0)"),

@@ -55,8 +55,7 @@ private slots:
         const FileDialogs::Dialog asked = dialogs.dialogs().first();
         QCOMPARE(asked.caption, QStringLiteral("DialogTitle"));
         QCOMPARE(asked.nameFilters, QStringList(QStringLiteral("CSV files (*.csv)")));
-        const QRegularExpression name(
-            QStringLiteral("^KORA_rock3D_\\d{4}-\\d\\d-\\d\\d_\\d\\d-\\d\\d-\\d\\d\\.csv$"));
+        const QRegularExpression name(QStringLiteral("^KORA_rock3D_\\d{4}-\\d\\d-\\d\\d_\\d\\d-\\d\\d-\\d\\d\\.csv$"));
         QVERIFY2(name.match(asked.proposedName).hasMatch(), qPrintable(asked.proposedName));
     }
 

@@ -7,8 +7,8 @@
 #include "support/World.h"
 #include "tools/Graph3D.h"
 #include "tools/SurfacePlot.h"
-#include "tools/rocking/GridScan.h"
 #include "tools/WindowRocking3D.h"
+#include "tools/rocking/GridScan.h"
 
 #include <QDoubleSpinBox>
 #include <QFile>

@@ -1,7 +1,7 @@
 #include "app/Globals.h"
 #include "hardware/koralink.h"
-#include "simulation/SimulationControl.h"
 #include "simulation/PowerOn.h"
+#include "simulation/SimulationControl.h"
 #include "stream/DisplayRecord.h"
 #include "support/ActuatorForms.h"
 #include "support/DrivenPause.h"
@@ -71,8 +71,7 @@ private:
             const double ratio = magnitudes->at(i)->value / std::abs(expected);
             const double angle = actuator_forms::degreesApart(phases->at(i)->value, std::arg(expected) * 180 / M_PI);
             QVERIFY2(std::fabs(ratio - 1) < 0.03 && angle < 3,
-                     qPrintable(
-                         QStringLiteral("%1 Hz: ratio %2, %3 degrees off").arg(hertz).arg(ratio).arg(angle)));
+                     qPrintable(QStringLiteral("%1 Hz: ratio %2, %3 degrees off").arg(hertz).arg(ratio).arg(angle)));
         }
         QVERIFY(compared >= 18);
         QCOMPARE(magnitudes->at(0)->key, 1.0);
@@ -109,8 +108,7 @@ private slots:
             bpmScaleX[bpm] = powerOn::scale;
             bpmScaleY[bpm] = powerOn::scale;
         }
-        driven_pause::setAction(
-            [this](unsigned long microseconds) { control->advance(microseconds * 1e-6); });
+        driven_pause::setAction([this](unsigned long microseconds) { control->advance(microseconds * 1e-6); });
     }
     void cleanup() { world.reset(); }
 
@@ -126,10 +124,7 @@ private slots:
         sweepAndCompare("y", "0.1", powerOn::actuators[2]);
     }
 
-    void sweepOfTheLivingBeamRecoversTheTransferFunction()
-    {
-        sweepAndCompare("x", "0.3", powerOn::actuators[0]);
-    }
+    void sweepOfTheLivingBeamRecoversTheTransferFunction() { sweepAndCompare("x", "0.3", powerOn::actuators[0]); }
 
     void savedFileReadBackEqualsTheRecordsToSixDigits()
     {
@@ -154,12 +149,11 @@ private slots:
         for (int row = 0; row < 10000; ++row) {
             const DisplayRecord& record = block[std::size_t(row)];
             const double scale = powerOn::scale;
-            const double values[19] = {
-                double(row),    row / 1000.0,         record.cur1[0],       record.cur1[1],
-                record.cur1[2], record.cur1[3],       record.cur2[0],       record.cur2[1],
-                record.cur2[2], record.cur2[3],       record.pos1X * scale, record.pos1Y * scale,
-                record.int1,    record.pos2X * scale, record.pos2Y * scale, record.int2,
-                record.dac[0],  record.dac[1],        record.dac[2]};
+            const double values[19] = {double(row),    row / 1000.0,         record.cur1[0],       record.cur1[1],
+                                       record.cur1[2], record.cur1[3],       record.cur2[0],       record.cur2[1],
+                                       record.cur2[2], record.cur2[3],       record.pos1X * scale, record.pos1Y * scale,
+                                       record.int1,    record.pos2X * scale, record.pos2Y * scale, record.int2,
+                                       record.dac[0],  record.dac[1],        record.dac[2]};
             const QList<QByteArray> cells = lines.at(row).split(',');
             QCOMPARE(cells.size(), 20);
             for (int column = 0; column < 19; ++column) {

@@ -27,10 +27,9 @@ private slots:
         QCOMPARE(boxes.count(), 1);
         const MessageBoxes::Box& box = boxes.boxes().first();
         QCOMPARE(box.title, QStringLiteral("File exists"));
-        QCOMPARE(box.text,
-                 QStringLiteral("File: ") + path() +
-                     QStringLiteral(" already exist.\n\nOverwrite file?\n\nYes - overwrite file\nNo - "
-                                    "append to existing file\nCancel - cancel writing to file"));
+        QCOMPARE(box.text, QStringLiteral("File: ") + path() +
+                               QStringLiteral(" already exist.\n\nOverwrite file?\n\nYes - overwrite file\nNo - "
+                                              "append to existing file\nCancel - cancel writing to file"));
         QCOMPARE(box.icon, QMessageBox::Warning);
         QCOMPARE(box.buttons, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
         const QByteArray both = contentOf(path());
@@ -92,10 +91,8 @@ private slots:
         QCOMPARE(readsAtFill, 1);
         QCOMPARE(dialogs.dialogs().size(), 1);
         QCOMPARE(boxes.count(), 1);
-        QCOMPARE(operate::lines(callsOf("open")),
-                 QStringList{QStringLiteral("open(/dev/kora_dma_displ, 0)")});
-        QCOMPARE(operate::lines(callsOf("read")),
-                 QStringList{QStringLiteral("read(/dev/kora_dma_displ, 3670016)")});
+        QCOMPARE(operate::lines(callsOf("open")), QStringList{QStringLiteral("open(/dev/kora_dma_displ, 0)")});
+        QCOMPARE(operate::lines(callsOf("read")), QStringList{QStringLiteral("read(/dev/kora_dma_displ, 3670016)")});
     }
 
     void eachSaveTakesAFreshBlock()

@@ -13,10 +13,10 @@ using operate::find;
 
 namespace {
 
-constexpr const char* checkTexts[17] = {
-    "IonBar Ch1",  "IonBar Ch2",  "IonBar Ch3", "IonBar Ch4", "IonBar2 Ch1", "IonBar2 Ch2",
-    "IonBar2 Ch3", "IonBar2 Ch4", "Anvolt Ch1", "Anvolt Ch2", "Anvolt Ch3",  "BPM Pos X",
-    "BPM Pos Y",   "BPM I0",      "BPM2 Pos X", "BPM2 Pos Y", "BPM2 I0"};
+constexpr const char* checkTexts[17] = {"IonBar Ch1",  "IonBar Ch2",  "IonBar Ch3",  "IonBar Ch4", "IonBar2 Ch1",
+                                        "IonBar2 Ch2", "IonBar2 Ch3", "IonBar2 Ch4", "Anvolt Ch1", "Anvolt Ch2",
+                                        "Anvolt Ch3",  "BPM Pos X",   "BPM Pos Y",   "BPM I0",     "BPM2 Pos X",
+                                        "BPM2 Pos Y",  "BPM2 I0"};
 
 /// Column of each check box in the order of the columns.
 constexpr const char* columnTitles[17] = {
@@ -81,8 +81,7 @@ private slots:
         tickAll(true);
         useSamples(2);
         usePath(path());
-        find<QPlainTextEdit>(window.get(), "commentTextEdit")
-            ->setPlainText(QStringLiteral("first\nsecond line"));
+        find<QPlainTextEdit>(window.get(), "commentTextEdit")->setPlainText(QStringLiteral("first\nsecond line"));
         bpmScaleX[0] = 2;
         bpmScaleY[0] = 3;
         bpmScaleX[1] = 4;
@@ -113,9 +112,8 @@ private slots:
             const auto raw = [i](int slot) { return (slot + 1) * 1000.25 + i; };
             for (int slot = 24; slot < 32; ++slot)
                 expected += numberText(raw(slot)) + ", ";
-            expected += numberText(raw(0) * 2) + ", " + numberText(raw(1) * 3) + ", " + numberText(raw(2)) +
-                        ", " + numberText(raw(4) * 4) + ", " + numberText(raw(5) * 5) + ", " +
-                        numberText(raw(6)) + ", ";
+            expected += numberText(raw(0) * 2) + ", " + numberText(raw(1) * 3) + ", " + numberText(raw(2)) + ", " +
+                        numberText(raw(4) * 4) + ", " + numberText(raw(5) * 5) + ", " + numberText(raw(6)) + ", ";
             for (int slot = 8; slot < 11; ++slot)
                 expected += numberText(raw(slot)) + ", ";
             expected += "\r\n";
@@ -129,11 +127,10 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QByteArray>("title");
         QTest::addColumn<double>("value");
-        const char* const titles[17] = {"IonBar Ch1, ",  "IonBar Ch2, ",  "IonBar Ch3, ",  "IonBar Ch4, ",
-                                        "IonBar2 Ch1, ", "IonBar2 Ch2, ", "IonBar2 Ch3, ", "IonBar2 Ch4, ",
-                                        "Anvolt Ch1, ",  "Anvolt Ch2, ",  "Anvolt Ch3, ",  "BPM1 Pos X, ",
-                                        "BPM1 Pos Y, ",  "BPM1 I0, ",     "BPM2 Pos X, ",  "BPM2 Pos Y, ",
-                                        "BPM2 I0, "};
+        const char* const titles[17] = {
+            "IonBar Ch1, ",  "IonBar Ch2, ",  "IonBar Ch3, ", "IonBar Ch4, ", "IonBar2 Ch1, ", "IonBar2 Ch2, ",
+            "IonBar2 Ch3, ", "IonBar2 Ch4, ", "Anvolt Ch1, ", "Anvolt Ch2, ", "Anvolt Ch3, ",  "BPM1 Pos X, ",
+            "BPM1 Pos Y, ",  "BPM1 I0, ",     "BPM2 Pos X, ", "BPM2 Pos Y, ", "BPM2 I0, "};
         const int recordSlots[17] = {24, 25, 26, 27, 28, 29, 30, 31, 8, 9, 10, 0, 1, 2, 4, 5, 6};
         for (int i = 0; i < 17; ++i)
             QTest::newRow(checkNames[i]) << QString::fromLatin1(checkNames[i]) << QByteArray(titles[i])
@@ -170,8 +167,8 @@ private slots:
         useSamples(3);
         usePath(path());
         save();
-        QCOMPARE(dataLines(path()), (QList<QByteArray>{"Nr, Rel. time, \r", "0, 0, \r", "1, 0.001, \r",
-                                                       "2, 0.002, \r", QByteArray()}));
+        QCOMPARE(dataLines(path()),
+                 (QList<QByteArray>{"Nr, Rel. time, \r", "0, 0, \r", "1, 0.001, \r", "2, 0.002, \r", QByteArray()}));
     }
 
     void lastOfTenThousandRowsAtOneKilohertz()
@@ -192,8 +189,7 @@ private slots:
         useSamples(3);
         usePath(path());
         save();
-        QCOMPARE(dataLines(path()).mid(1, 3),
-                 (QList<QByteArray>{"0, 0, \r", "1, 2e-05, \r", "2, 4e-05, \r"}));
+        QCOMPARE(dataLines(path()).mid(1, 3), (QList<QByteArray>{"0, 0, \r", "1, 2e-05, \r", "2, 4e-05, \r"}));
     }
 
     void rateOfZeroSavesTimesThatAreNotNumbers()

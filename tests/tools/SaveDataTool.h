@@ -19,10 +19,9 @@
 #include <memory>
 
 constexpr const char* checkNames[17] = {
-    "checkIonBarch1",   "checkIonBarch2",   "checkIonBarch3",   "checkIonBarch4", "checkIonBarch1_2",
-    "checkIonBarch2_2", "checkIonBarch3_2", "checkIonBarch4_2", "checkAnvoltch1", "checkAnvoltch2",
-    "checkAnvoltch3",   "checkBPMposX",     "checkBPMposY",     "checkBPMi0",     "checkBPMposX_2",
-    "checkBPMposY_2",   "checkBPMi0_2"};
+    "checkIonBarch1",   "checkIonBarch2",   "checkIonBarch3", "checkIonBarch4", "checkIonBarch1_2", "checkIonBarch2_2",
+    "checkIonBarch3_2", "checkIonBarch4_2", "checkAnvoltch1", "checkAnvoltch2", "checkAnvoltch3",   "checkBPMposX",
+    "checkBPMposY",     "checkBPMi0",       "checkBPMposX_2", "checkBPMposY_2", "checkBPMi0_2"};
 
 /// Every slot of every record has a value of its own.
 inline void fillDistinct(DisplayRecord* block, int count)
@@ -52,10 +51,7 @@ protected:
     std::unique_ptr<WindowSaveData> window;
 
     QString path(const char* name = "data.csv") const { return folder->filePath(QLatin1String(name)); }
-    void usePath(const QString& text)
-    {
-        operate::find<QLineEdit>(window.get(), "pathLineEdit")->setText(text);
-    }
+    void usePath(const QString& text) { operate::find<QLineEdit>(window.get(), "pathLineEdit")->setText(text); }
     void useSamples(int count) { operate::find<QSpinBox>(window.get(), "nrSampBox")->setValue(count); }
     void tick(const QStringList& names)
     {
@@ -67,10 +63,7 @@ protected:
         for (const char* name : checkNames)
             operate::find<QCheckBox>(window.get(), name)->setChecked(on);
     }
-    void save()
-    {
-        operate::press(operate::find<QDialogButtonBox>(window.get(), "buttonBox"), QStringLiteral("Save"));
-    }
+    void save() { operate::press(operate::find<QDialogButtonBox>(window.get(), "buttonBox"), QStringLiteral("Save")); }
     QString status() const { return operate::find<QLabel>(window.get(), "statusLabel")->text(); }
     void compareSavedStatus(const QString& savedPath) const
     {

@@ -1,15 +1,15 @@
-#include "simulation/SimulationControl.h"
 #include "simulation/PowerOn.h"
+#include "simulation/SimulationControl.h"
 #include "support/ActuatorForms.h"
 #include "support/DrivenPause.h"
 #include "support/FileDialogs.h"
 #include "support/Operator.h"
 #include "support/ScratchSettings.h"
 #include "support/World.h"
-#include "tools/rocking/GridScan.h"
 #include "tools/WindowRocking3D.h"
 #include "tools/WindowRockingCurve.h"
 #include "tools/WindowStepResponse.h"
+#include "tools/rocking/GridScan.h"
 
 #include <qcustomplot.h>
 
@@ -62,9 +62,8 @@ private:
         find<QComboBox>(&window, "chSel")->setCurrentText(direction);
         press(find<QPushButton>(&window, "buttonStart"));
         const auto data = find<QCustomPlot>(&window, "graph")->graph(2)->data();
-        return std::max_element(
-                   data->constBegin(), data->constEnd(),
-                   [](const QCPGraphData& a, const QCPGraphData& b) { return a.value < b.value; })
+        return std::max_element(data->constBegin(), data->constEnd(),
+                                [](const QCPGraphData& a, const QCPGraphData& b) { return a.value < b.value; })
             ->key;
     }
 
@@ -81,10 +80,8 @@ private slots:
             scratch_settings::setValue(qPrintable(QStringLiteral("BPM1/") + QLatin1String(electrode.first)),
                                        electrode.second);
         for (const char* loop : {"Xlf", "Xhf", "Ylf", "Yhf"})
-            scratch_settings::setValue(qPrintable(QStringLiteral("PID_%1/Offset").arg(QLatin1String(loop))),
-                                       5.0);
-        driven_pause::setAction(
-            [this](unsigned long microseconds) { plant->advance(double(microseconds) * 1e-6); });
+            scratch_settings::setValue(qPrintable(QStringLiteral("PID_%1/Offset").arg(QLatin1String(loop))), 5.0);
+        driven_pause::setAction([this](unsigned long microseconds) { plant->advance(double(microseconds) * 1e-6); });
     }
     void cleanup()
     {
@@ -164,11 +161,10 @@ private slots:
         const double deadError = milliseconds(&window, "Tdeadlabel") * 1e-3 - (actuator.deadTime + at10);
         QVERIFY2(std::fabs(deadError) <= 2 * sampleS, qPrintable(QString::number(deadError / sampleS)));
         const double settlingError = milliseconds(&window, "Tsetlabel") * 1e-3 - (at90 - at10);
-        QVERIFY2(std::fabs(settlingError) <= 2 * sampleS,
-                 qPrintable(QString::number(settlingError / sampleS)));
+        QVERIFY2(std::fabs(settlingError) <= 2 * sampleS, qPrintable(QString::number(settlingError / sampleS)));
         QCOMPARE(find<QLabel>(&window, "invertedLabel")->text(), QString());
-        qInfo("K %g (model %g), dead time %+.2f samples, settling %+.2f samples", foundGain, gain,
-              deadError / sampleS, settlingError / sampleS);
+        qInfo("K %g (model %g), dead time %+.2f samples, settling %+.2f samples", foundGain, gain, deadError / sampleS,
+              settlingError / sampleS);
     }
 
     void toolsSurviveAnInstallationThatFails()

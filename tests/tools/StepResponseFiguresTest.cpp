@@ -29,9 +29,7 @@ double stepped(int i)
 /// The answer: a straight rise of 100 samples behind 40 samples of dead time, the same way back.
 double answer(int i)
 {
-    const auto ramp = [i](int edge) {
-        return std::clamp((i - edge - deadSamples) / double(riseSamples), 0.0, 1.0);
-    };
+    const auto ramp = [i](int edge) { return std::clamp((i - edge - deadSamples) / double(riseSamples), 0.0, 1.0); };
     return ramp(stepAt) - ramp(returnAt);
 }
 
@@ -76,10 +74,10 @@ private slots:
         QTest::addColumn<bool>("secondMonitor");
         QTest::addColumn<int>("stimulusSlot");
         QTest::addColumn<int>("responseSlot");
-        const auto row = [](const char* name, const char* selector, const char* stepBox, bool second,
-                            int stimulus, int response) {
-            QTest::newRow(name) << QString::fromLatin1(selector) << QString::fromLatin1(stepBox) << second
-                                << stimulus << response;
+        const auto row = [](const char* name, const char* selector, const char* stepBox, bool second, int stimulus,
+                            int response) {
+            QTest::newRow(name) << QString::fromLatin1(selector) << QString::fromLatin1(stepBox) << second << stimulus
+                                << response;
         };
         row("X", "stepInXbutton", "posXStepDoubleSpinBox", false, 8, 0);
         row("Y", "stepInYbutton", "posYStepDoubleSpinBox", false, 9, 1);

@@ -42,8 +42,7 @@ private slots:
             labels.append(label->text());
         labels.sort();
         QCOMPARE(labels, QStringList({QStringLiteral("Step time: "), QStringLiteral("X max: "),
-                                      QStringLiteral("X min:"), QStringLiteral("Y max: "),
-                                      QStringLiteral("Y min:")}));
+                                      QStringLiteral("X min:"), QStringLiteral("Y max: "), QStringLiteral("Y min:")}));
     }
 
     void walkCallsEverythingInOrder()

@@ -134,9 +134,8 @@ private slots:
                 QCOMPARE(label->toolTip(), QStringLiteral("Time between two points"));
         }
         labels.sort();
-        QCOMPARE(labels,
-                 QStringList({QStringLiteral("Direction: "), QStringLiteral("N:"), QStringLiteral("Start:"),
-                              QStringLiteral("Stop:"), QStringLiteral("Tpoint: ")}));
+        QCOMPARE(labels, QStringList({QStringLiteral("Direction: "), QStringLiteral("N:"), QStringLiteral("Start:"),
+                                      QStringLiteral("Stop:"), QStringLiteral("Tpoint: ")}));
     }
 
     void plotHasTheStatedLook()
@@ -151,8 +150,8 @@ private slots:
         QVERIFY(plot->legend->visible());
         QCOMPARE(plot->legend->textColor(), QColor(Qt::white));
         QCOMPARE(plot->legend->brush().color(), QColor(10, 10, 10));
-        QCOMPARE(namesOf(plot), QStringList({QStringLiteral("first electrode"),
-                                             QStringLiteral("second electrode"), QStringLiteral("sum")}));
+        QCOMPARE(namesOf(plot), QStringList({QStringLiteral("first electrode"), QStringLiteral("second electrode"),
+                                             QStringLiteral("sum")}));
         QCOMPARE(plot->graph(0)->pen().color(), QColor(250, 250, 135, 240));
         QCOMPARE(plot->graph(1)->pen().color(), QColor(255, 120, 255, 240));
         QCOMPARE(plot->graph(2)->pen().color(), QColor(240, 240, 240, 240));
@@ -181,13 +180,13 @@ private slots:
         for (const Call& call : calls())
             lines.append(QString::fromStdString(call.text()));
         const QStringList closes = lines.mid(lines.size() - 2);
-        QCOMPARE(lines.mid(0, lines.size() - 2),
-                 QStringList({QStringLiteral("open(/dev/kora_ionbar0, %1)").arg(flags),
-                              QStringLiteral("open(/dev/kora_anvolt0, %1)").arg(flags),
-                              QStringLiteral("setFBenable(0)"), QStringLiteral("setOutputMux(0)"),
-                              QStringLiteral("ioctl(/dev/kora_anvolt0, 4, 4.5, 0, 0, 1)"), read,
-                              QStringLiteral("ioctl(/dev/kora_anvolt0, 5, 4.5, 0, 0, 1)"), read,
-                              QStringLiteral("setOutputMux(1)")}));
+        QCOMPARE(
+            lines.mid(0, lines.size() - 2),
+            QStringList({QStringLiteral("open(/dev/kora_ionbar0, %1)").arg(flags),
+                         QStringLiteral("open(/dev/kora_anvolt0, %1)").arg(flags), QStringLiteral("setFBenable(0)"),
+                         QStringLiteral("setOutputMux(0)"), QStringLiteral("ioctl(/dev/kora_anvolt0, 4, 4.5, 0, 0, 1)"),
+                         read, QStringLiteral("ioctl(/dev/kora_anvolt0, 5, 4.5, 0, 0, 1)"), read,
+                         QStringLiteral("setOutputMux(1)")}));
         QVERIFY(closes.contains(QStringLiteral("close(/dev/kora_ionbar0)")));
         QVERIFY(closes.contains(QStringLiteral("close(/dev/kora_anvolt0)")));
     }
@@ -231,8 +230,7 @@ private slots:
                                              QStringLiteral("sum (top+bottom)")}));
         QCOMPARE(plot->graph(0)->pen(), QPen(QBrush(QColor(130, 255, 130)), 2.0));
         QCOMPARE(plot->graph(1)->pen(), QPen(QBrush(QColor(255, 255, 135)), 2.0));
-        QVERIFY(
-            operate::lines(commands()).contains(QStringLiteral("ioctl(/dev/kora_anvolt0, 3.5, 1, 0, 0, 1)")));
+        QVERIFY(operate::lines(commands()).contains(QStringLiteral("ioctl(/dev/kora_anvolt0, 3.5, 1, 0, 0, 1)")));
     }
 
     void namesFollowTheDirectionAtEachStart()
@@ -254,8 +252,7 @@ private slots:
         scratch_settings::setValue("Beamline/DAC_posXhf", 3);
         setRange(4, 6, 1);
         press(start);
-        QVERIFY(
-            operate::lines(commands()).contains(QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)")));
+        QVERIFY(operate::lines(commands()).contains(QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)")));
     }
 
     void numbersOutsideTheHardwareAreHarmless()
@@ -266,8 +263,7 @@ private slots:
         scratch_settings::setValue("BPM1/Right", -4);
         setRange(4, 6, 1);
         press(start);
-        QVERIFY(
-            operate::lines(commands()).contains(QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)")));
+        QVERIFY(operate::lines(commands()).contains(QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)")));
         QCOMPARE(namesOf(plot).at(0), QStringLiteral("left (ch 4)"));
         QCOMPARE(namesOf(plot).at(1), QStringLiteral("right (ch 1)"));
     }
@@ -278,8 +274,7 @@ private slots:
         scratch_settings::setValue("Beamline/DAC_posXhf", 0);
         setRange(4, 6, 1);
         press(start);
-        QVERIFY(
-            operate::lines(commands()).contains(QStringLiteral("ioctl(/dev/kora_anvolt0, 4.5, 4, 0, 0, 1)")));
+        QVERIFY(operate::lines(commands()).contains(QStringLiteral("ioctl(/dev/kora_anvolt0, 4.5, 4, 0, 0, 1)")));
     }
 
     void downwardScanLeavesThePointsSorted()
@@ -392,8 +387,7 @@ private slots:
         const QString off = QStringLiteral("setFBenable(0)");
         QCOMPARE(order, QStringList({off, QStringLiteral("setOutputMux(0)"), zero, off,
                                      QStringLiteral("setOutputMux(0)"), zero, one, two,
-                                     QStringLiteral("setOutputMux(1)"), one, two,
-                                     QStringLiteral("setOutputMux(1)")}));
+                                     QStringLiteral("setOutputMux(1)"), one, two, QStringLiteral("setOutputMux(1)")}));
         QCOMPARE(plot->graph(0)->dataCount(), 3);
     }
 

@@ -49,8 +49,8 @@ private slots:
         QStringList captions;
         for (const QLabel* label : window->findChildren<QLabel*>())
             captions.append(label->text());
-        for (const char* caption : {"Pos X bias", "Pos X step", "Pos Y bias", "Pos Y step", "I0 bias",
-                                    "I0 step", "dc =", "du =", "K =", "Tdead =", "Tset ="})
+        for (const char* caption : {"Pos X bias", "Pos X step", "Pos Y bias", "Pos Y step", "I0 bias", "I0 step",
+                                    "dc =", "du =", "K =", "Tdead =", "Tset ="})
             QVERIFY2(captions.contains(QLatin1String(caption)), caption);
         QCOMPARE(text("invertedLabel"), QString());
     }
@@ -212,8 +212,7 @@ private slots:
         scratch_settings::setValue("Beamline/DAC_posYlf", 0);
         clearCalls();
         run();
-        QCOMPARE(operate::lines(callsOf("ioctl")).first(),
-                 QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)"));
+        QCOMPARE(operate::lines(callsOf("ioctl")).first(), QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)"));
     }
 
     void outputNumbersOutsideTheUnitAreHarmless()
@@ -222,8 +221,7 @@ private slots:
         scratch_settings::setValue("Beamline/DAC_posXhf", -9);
         box("posXbiasDoubleSpinBox")->setValue(1);
         run();
-        QCOMPARE(operate::lines(callsOf("ioctl")).first(),
-                 QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)"));
+        QCOMPARE(operate::lines(callsOf("ioctl")).first(), QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)"));
         QCOMPARE(plot->graph(0)->dataCount(), analysed);
     }
 
@@ -235,10 +233,9 @@ private slots:
         QCOMPARE(QCoreApplication::exec(), 0);
         QCOMPARE(boxes.count(), 1);
         QCOMPARE(boxes.boxes().first().title, QStringLiteral("Cannot open file"));
-        QCOMPARE(boxes.boxes().first().text,
-                 QStringLiteral("System file /dev/kora_dma_displ could not be opened.\n\n"
-                                "Please check if KORA driver is loaded.\n"
-                                "Application will now quit.\n"));
+        QCOMPARE(boxes.boxes().first().text, QStringLiteral("System file /dev/kora_dma_displ could not be opened.\n\n"
+                                                            "Please check if KORA driver is loaded.\n"
+                                                            "Application will now quit.\n"));
         QCOMPARE(boxes.boxes().first().icon, QMessageBox::Critical);
         QCOMPARE(callsOf("ioctl").size(), std::size_t(3));
         QCOMPARE(operate::lines(commands()).last(), QStringLiteral("setOutputMux(1)"));

@@ -37,7 +37,6 @@ void Camera::take(QWidget* widget, const QString& name)
     const QRect place(widget->mapTo(window, QPoint(0, 0)), widget->size());
     const QPixmap picture =
         window->screen()->grabWindow(window->winId(), place.x(), place.y(), place.width(), place.height());
-    const bool written =
-        !picture.isNull() && picture.save(path + QLatin1Char('/') + name + QStringLiteral(".png"));
+    const bool written = !picture.isNull() && picture.save(path + QLatin1Char('/') + name + QStringLiteral(".png"));
     ++(written ? saved : failed);
 }

@@ -13,8 +13,7 @@ QString number(double value, const QString& unit)
 
 } // namespace
 
-void Findings::near(const QString& what, const QString& unit, double expected, double tolerance,
-                    double measured)
+void Findings::near(const QString& what, const QString& unit, double expected, double tolerance, double measured)
 {
     append(what, QStringLiteral("%1 +- %2").arg(QString::number(expected, 'g', 4), number(tolerance, unit)),
            number(measured, unit), std::fabs(measured - expected) <= tolerance);
@@ -57,14 +56,12 @@ QString Findings::table() const
         expectedWidth = std::max(expectedWidth, row.expected.size());
         measuredWidth = std::max(measuredWidth, row.measured.size());
     }
-    const auto line = [&](const QString& what, const QString& expected, const QString& measured,
-                          const QString& held) {
+    const auto line = [&](const QString& what, const QString& expected, const QString& measured, const QString& held) {
         const QString columns = what.leftJustified(whatWidth) + QStringLiteral("  ") +
                                 expected.leftJustified(expectedWidth) + QStringLiteral("  ") + measured;
-        return held.isEmpty()
-                   ? QStringLiteral("  %1\n").arg(columns)
-                   : QStringLiteral("  %1  %2\n")
-                         .arg(columns.leftJustified(columns.size() - measured.size() + measuredWidth), held);
+        return held.isEmpty() ? QStringLiteral("  %1\n").arg(columns)
+                              : QStringLiteral("  %1  %2\n")
+                                    .arg(columns.leftJustified(columns.size() - measured.size() + measuredWidth), held);
     };
 
     QString text;

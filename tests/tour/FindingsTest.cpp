@@ -52,8 +52,7 @@ private slots:
     void oneThatDoesNotHoldIsEnough()
     {
         Findings findings;
-        findings.equal(QStringLiteral("status"), QStringLiteral("Feedback ON"),
-                       QStringLiteral("Feedback ON"));
+        findings.equal(QStringLiteral("status"), QStringLiteral("Feedback ON"), QStringLiteral("Feedback ON"));
         findings.holds(QStringLiteral("graphs move"), true);
         QVERIFY(findings.allHold());
         findings.equal(QStringLiteral("status"), QStringLiteral("Feedback ON"), QStringLiteral("Beam OFF"));

@@ -56,8 +56,7 @@ void Hand::show(const QString& dockTitle) const
 
 void Hand::turnTo(QWidget* panel, const QString& page) const
 {
-    for (QAbstractButton* title :
-         panel->findChildren<QAbstractButton*>(QStringLiteral("qt_toolbox_toolboxbutton"))) {
+    for (QAbstractButton* title : panel->findChildren<QAbstractButton*>(QStringLiteral("qt_toolbox_toolboxbutton"))) {
         if (title->text() == page) {
             press(title);
             return;

@@ -47,15 +47,13 @@ void tour::loseAndRegainTheBeam(Stage& stage)
     auto* button = find<QPushButton>(stage.hand.widget("WidgetFeedbackControl"), "buttonFdbk");
     stage.plant.setBeamOn(false);
     stage.hand.wait(noticeSeconds);
-    stage.findings.equal(QStringLiteral("status without beam"), QStringLiteral("Beam OFF"),
-                         stage.heartbeat());
+    stage.findings.equal(QStringLiteral("status without beam"), QStringLiteral("Beam OFF"), stage.heartbeat());
     stage.findings.near(QStringLiteral("intensity without beam"), QStringLiteral("uA"), 0, 0.01,
                         stage.statistic("i0MeanLineEdit") * 1e6);
     stage.camera.take(stage.hand.mainWindow(), QStringLiteral("beam-off"));
     stage.plant.setBeamOn(true);
     stage.hand.wait(noticeSeconds);
-    stage.findings.equal(QStringLiteral("status when it is back"), QStringLiteral("Feedback ON"),
-                         stage.heartbeat());
+    stage.findings.equal(QStringLiteral("status when it is back"), QStringLiteral("Feedback ON"), stage.heartbeat());
 
     stage.plant.kick(500, 0);
     stage.hand.wait(noticeSeconds);
@@ -78,8 +76,7 @@ void tour::unplugAndReplugAnAmplifier(Stage& stage)
     QWidget* ports = stage.open("actionSFP_info", "WindowSFPstatus");
     QDockWidget* cloud = stage.hand.dock(QStringLiteral("Graph XY 2"));
     stage.hand.wait(noticeSeconds);
-    stage.findings.equal(QStringLiteral("in port B"), QStringLiteral("Ionbar"),
-                         productIn(stage, amplifierPort));
+    stage.findings.equal(QStringLiteral("in port B"), QStringLiteral("Ionbar"), productIn(stage, amplifierPort));
     stage.camera.take(ports, QStringLiteral("sfp-status"));
 
     stage.plant.plug(amplifierPort, 0);
@@ -137,6 +134,5 @@ void tour::goHome(Stage& stage)
     stage.findings.holds(QStringLiteral("panel closed again"),
                          !stage.hand.widget("WidgetFeedbackControl")->isEnabled());
     stage.hand.close(dialog);
-    stage.findings.near(QStringLiteral("pictures that could not be taken"), QString(), 0, 0,
-                        stage.camera.failures());
+    stage.findings.near(QStringLiteral("pictures that could not be taken"), QString(), 0, 0, stage.camera.failures());
 }

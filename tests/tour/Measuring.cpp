@@ -84,16 +84,13 @@ void tour::sweepFrequencies(Stage& stage)
     double worstRatio = 0;
     double worstDegrees = 0;
     for (int i = 0; i < magnitudes->size(); ++i) {
-        const std::complex<double> expected =
-            actuator_forms::transferFunction(actuatorX, magnitudes->at(i)->key);
+        const std::complex<double> expected = actuator_forms::transferFunction(actuatorX, magnitudes->at(i)->key);
         const double phase = std::arg(expected) * 180 / M_PI;
         worstRatio = worse(worstRatio, std::fabs(magnitudes->at(i)->value / std::abs(expected) - 1));
         worstDegrees = worse(worstDegrees, actuator_forms::degreesApart(phases->at(i)->value, phase));
     }
-    stage.findings.atMost(QStringLiteral("magnitude off the actuator's"), QStringLiteral("%"), 3,
-                          100 * worstRatio);
-    stage.findings.atMost(QStringLiteral("phase off the actuator's"), QStringLiteral("degrees"), 3,
-                          worstDegrees);
+    stage.findings.atMost(QStringLiteral("magnitude off the actuator's"), QStringLiteral("%"), 3, 100 * worstRatio);
+    stage.findings.atMost(QStringLiteral("phase off the actuator's"), QStringLiteral("degrees"), 3, worstDegrees);
     stage.camera.take(tool, QStringLiteral("frequency-analysis"));
     stage.hand.close(tool);
 }
@@ -203,7 +200,6 @@ void tour::save(Stage& stage)
     for (const QList<QByteArray>& row : rows)
         sum += row.value(2).toDouble();
     const double setPoint = find<QDoubleSpinBox>(panel, "posXDoubleSpinBox")->value();
-    stage.findings.near(QStringLiteral("mean of the saved X"), QStringLiteral("um"), setPoint, 0.2,
-                        sum / rows.size());
+    stage.findings.near(QStringLiteral("mean of the saved X"), QStringLiteral("um"), setPoint, 0.2, sum / rows.size());
     stage.hand.close(tool);
 }

@@ -26,8 +26,7 @@ namespace powerOn = kora::simulation::powerOn;
 namespace {
 
 constexpr const char* panelClass = "WidgetFeedbackControl";
-constexpr const char* loopBoxes[] = {"confXlfcheckbox", "confXhfcheckbox", "confYlfcheckbox",
-                                     "confYhfcheckbox"};
+constexpr const char* loopBoxes[] = {"confXlfcheckbox", "confXhfcheckbox", "confYlfcheckbox", "confYhfcheckbox"};
 /// What the detectors collect without bias voltage.
 constexpr double collection = 0.8;
 /// A mean follows a change of the beam after a second of statistics, a poll and a refresh.
@@ -97,14 +96,14 @@ void tour::watch(Stage& stage)
     stage.camera.take(stage.hand.mainWindow(), QStringLiteral("main-window"));
 
     const double collected = powerOn::totalCurrent * collection * 1e6;
-    stage.findings.near(QStringLiteral("mean intensity at BPM1"), QStringLiteral("uA"), collected,
-                        0.02 * collected, stage.statistic("i0MeanLineEdit") * 1e6);
+    stage.findings.near(QStringLiteral("mean intensity at BPM1"), QStringLiteral("uA"), collected, 0.02 * collected,
+                        stage.statistic("i0MeanLineEdit") * 1e6);
     double sum = 0;
     const QCustomPlot* currents = stage.hand.plot(QStringLiteral("Graph Currents BPM1"));
     for (int channel = 0; channel < 4; ++channel)
         sum += meanOf(currents->graph(channel));
-    stage.findings.near(QStringLiteral("sum of its four currents"), QStringLiteral("uA"), collected,
-                        0.02 * collected, sum * 1e6);
+    stage.findings.near(QStringLiteral("sum of its four currents"), QStringLiteral("uA"), collected, 0.02 * collected,
+                        sum * 1e6);
     const QCPGraph* outputX = stage.hand.plot(QStringLiteral("Graph DAC"))->graph(0);
     stage.findings.near(QStringLiteral("output 1 at rest"), QStringLiteral("V"), powerOn::restVolts, 1e-6,
                         meanOf(outputX));
@@ -162,8 +161,8 @@ void tour::driveOutputsByHand(Stage& stage)
     stage.hand.wait(driftPeriod);
     stage.camera.take(dialog, QStringLiteral("manual-outputs"));
     const double moved = powerOn::actuators[0].gain * 0.3;
-    stage.findings.near(QStringLiteral("beam moved by 0.3 V at output 1"), QStringLiteral("um"), moved,
-                        0.15 * moved, stage.statistic("posXMeanLineEdit") - before);
+    stage.findings.near(QStringLiteral("beam moved by 0.3 V at output 1"), QStringLiteral("um"), moved, 0.15 * moved,
+                        stage.statistic("posXMeanLineEdit") - before);
     stage.hand.type(find<QDoubleSpinBox>(dialog, "boxCh1"), QStringLiteral("5"));
     stage.hand.tick(find<QCheckBox>(dialog, "checboxEnableMan"), false);
     stage.hand.close(dialog);
@@ -189,9 +188,8 @@ void tour::configure(Stage& stage)
     stage.hand.close(structure);
 
     QWidget* gains = stage.hand.widget("WidgetPidCtrl");
-    stage.findings.near(QStringLiteral("Kp of the slow X loop"), QStringLiteral("V/um"),
-                        powerOn::lowFrequencyGains.kp, 0,
-                        find<QDoubleSpinBox>(find<QWidget>(gains, "posXlfwidget"), "boxKp")->value());
+    stage.findings.near(QStringLiteral("Kp of the slow X loop"), QStringLiteral("V/um"), powerOn::lowFrequencyGains.kp,
+                        0, find<QDoubleSpinBox>(find<QWidget>(gains, "posXlfwidget"), "boxKp")->value());
     stage.findings.holds(QStringLiteral("Update sends the gains"),
                          stage.hand.press(find<QPushButton>(gains, "pushButtonUpdate")));
     stage.camera.take(gains, QStringLiteral("pid"));
@@ -202,8 +200,7 @@ void tour::configure(Stage& stage)
         stage.hand.tick(find<QCheckBox>(panel, box), true);
     const MessageBoxes boxes;
     stage.findings.holds(QStringLiteral("Update Config is taken"),
-                         stage.hand.press(find<QPushButton>(panel, "updateConfButton")) &&
-                             boxes.count() == 0);
+                         stage.hand.press(find<QPushButton>(panel, "updateConfButton")) && boxes.count() == 0);
     stage.camera.take(panel, QStringLiteral("feedback-panel"));
 }
 
@@ -218,10 +215,8 @@ void tour::enableFeedback(Stage& stage)
     stage.hand.wait(statisticsSeconds + windowSeconds);
     stage.findings.equal(QStringLiteral("status"), QStringLiteral("Feedback ON"), stage.heartbeat());
     const Spread closed = spreadOf(stage);
-    stage.findings.atMost(QStringLiteral("spread of X, share of open loops"), QString(), 0.2,
-                          closed.x / openLoops.x);
-    stage.findings.atMost(QStringLiteral("spread of Y, share of open loops"), QString(), 0.2,
-                          closed.y / openLoops.y);
+    stage.findings.atMost(QStringLiteral("spread of X, share of open loops"), QString(), 0.2, closed.x / openLoops.x);
+    stage.findings.atMost(QStringLiteral("spread of Y, share of open loops"), QString(), 0.2, closed.y / openLoops.y);
     stage.findings.atMost(QStringLiteral("motion of X below 10 Hz, share"), QString(), 0.1,
                           closed.slow / openLoops.slow);
     stage.findings.near(QStringLiteral("mean of X at the set-point"), QStringLiteral("um"), 0, 0.2,
@@ -251,9 +246,7 @@ void tour::placeSetPoint(Stage& stage)
     stage.findings.near(QStringLiteral("set-point X in the panel"), QStringLiteral("um"), 12, 0.5, x);
     stage.findings.near(QStringLiteral("set-point Y in the panel"), QStringLiteral("um"), -8, 0.5, y);
     stage.hand.wait(2 * statisticsSeconds);
-    stage.findings.near(QStringLiteral("mean of X"), QStringLiteral("um"), x, 0.2,
-                        stage.statistic("posXMeanLineEdit"));
-    stage.findings.near(QStringLiteral("mean of Y"), QStringLiteral("um"), y, 0.2,
-                        stage.statistic("posYMeanLineEdit"));
+    stage.findings.near(QStringLiteral("mean of X"), QStringLiteral("um"), x, 0.2, stage.statistic("posXMeanLineEdit"));
+    stage.findings.near(QStringLiteral("mean of Y"), QStringLiteral("um"), y, 0.2, stage.statistic("posYMeanLineEdit"));
     stage.camera.take(graph, QStringLiteral("graph-xy"));
 }

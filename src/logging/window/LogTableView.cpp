@@ -1,9 +1,9 @@
 #include "logging/window/LogTableView.h"
 
 #include "logging/Level.h"
-#include "logging/window/LogRowHeader.h"
 #include "logging/LogWindowModel.h"
 #include "logging/WindowLogFilterProxyModel.h"
+#include "logging/window/LogRowHeader.h"
 
 #include <QEvent>
 #include <QScrollBar>

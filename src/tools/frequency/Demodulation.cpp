@@ -12,8 +12,8 @@ constexpr double pi = 3.141592653589793;
 
 } // namespace
 
-demodulation::Response demodulation::demodulate(const DisplayRecord* block, int count, int slot,
-                                                double factor, float amplitude)
+demodulation::Response demodulation::demodulate(const DisplayRecord* block, int count, int slot, double factor,
+                                                float amplitude)
 {
     const auto length = arma::uword(count);
     arma::vec input(length, arma::fill::none);

@@ -11,8 +11,7 @@ using frequency_sweep::Timing;
 
 constexpr Refusal startRefused = {"Start frequency not allowed ...\n", "Allowed values [0.1, 500] Hz\n\n"};
 constexpr Refusal stopRefused = {"Stop frequency not allowed ...\n", "Allowed values [1, 1000] Hz\n\n"};
-constexpr Refusal lengthRefused = {"Number of frequency points not allowed ...\n",
-                                   "Allowed values [2, 1000]\n\n"};
+constexpr Refusal lengthRefused = {"Number of frequency points not allowed ...\n", "Allowed values [2, 1000]\n\n"};
 
 constexpr Timing fast = {10, 1000, 10000};
 constexpr Timing slow = {5, 1500, 1000};

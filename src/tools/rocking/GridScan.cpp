@@ -67,8 +67,7 @@ void grid_scan::writeRows(QTextStream& stream, const Range& range, const float* 
     for (int i = 0; i < side; ++i) {
         const double x = lineVolts(i, range.xStart, range.xSpan);
         for (int j = 0; j < side; ++j) {
-            stream << x << "," << lineVolts(j, range.yStart, range.ySpan) << "," << raw[i * side + j]
-                   << "\r\n";
+            stream << x << "," << lineVolts(j, range.yStart, range.ySpan) << "," << raw[i * side + j] << "\r\n";
         }
     }
 }

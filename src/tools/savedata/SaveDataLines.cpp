@@ -62,8 +62,7 @@ QString save_data::columnHeader(const bool (&enabled)[channelCount])
     return line + QLatin1String(lineEnd);
 }
 
-QString save_data::dataRow(const DisplayRecord& record, int index, int rateHz,
-                           const bool (&enabled)[channelCount])
+QString save_data::dataRow(const DisplayRecord& record, int index, int rateHz, const bool (&enabled)[channelCount])
 {
     char line[(channelCount + 2) * (formatG6Room + 2) + 2];
     const QByteArray number = QByteArray::number(index);

@@ -54,9 +54,8 @@ bool step_analysis::isInverted(const std::vector<double>& response, const std::v
     return meanProduct(response, stimulus, first) > meanProduct(response, stimulus, response.size());
 }
 
-step_analysis::Result step_analysis::analyse(const std::vector<double>& response,
-                                             const std::vector<double>& stimulus, double bias, double step,
-                                             double rateHz)
+step_analysis::Result step_analysis::analyse(const std::vector<double>& response, const std::vector<double>& stimulus,
+                                             double bias, double step, double rateHz)
 {
     Result result;
     const Levels found = levels(response);

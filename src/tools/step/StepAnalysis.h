@@ -29,7 +29,7 @@ bool isInverted(const std::vector<double>& response, const std::vector<double>& 
 /// @param bias, step  what the output was told, V; the stimulus edge is searched at bias + 0.5 * step
 /// @param rateHz  samples a second
 /// A crossing that is not found counts as the last sample.
-Result analyse(const std::vector<double>& response, const std::vector<double>& stimulus, double bias,
-               double step, double rateHz);
+Result analyse(const std::vector<double>& response, const std::vector<double>& stimulus, double bias, double step,
+               double rateHz);
 
 } // namespace step_analysis
