@@ -5,6 +5,7 @@
 #include "simulation/console/InputError.h"
 #include "simulation/console/Protocol.h"
 #include "simulation/console/SocketDirectory.h"
+#include "simulation/console/UnixSocket.h"
 
 #include <pthread.h>
 #include <sys/socket.h>

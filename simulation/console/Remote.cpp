@@ -2,6 +2,7 @@
 
 #include "simulation/console/InputError.h"
 #include "simulation/console/Protocol.h"
+#include "simulation/console/UnixSocket.h"
 
 #include <sys/socket.h>
 #include <unistd.h>

@@ -1,9 +1,9 @@
 #include "simulation/console/SocketDirectory.h"
 
+#include "simulation/console/UnixSocket.h"
+
 #include <dirent.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 namespace kora::simulation {
@@ -69,19 +68,6 @@ bool isServed(const std::string& path)
     return !refused;
 }
 
-template <typename Call>
-int withAddress(int fd, const std::string& path, Call call)
-{
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) {
-        errno = ENAMETOOLONG;
-        return -1;
-    }
-    std::memcpy(address.sun_path, path.data(), path.size());
-    return call(fd, reinterpret_cast<const sockaddr*>(&address), socklen_t(sizeof address));
-}
-
 } // namespace
 
 std::string socketFolder()
@@ -113,40 +99,6 @@ std::vector<RunningSimulation> runningSimulations()
     }
     std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.pid < b.pid; });
     return found;
-}
-
-int bindTo(int fd, const std::string& path)
-{
-    return withAddress(fd, path, bind);
-}
-
-int connectTo(int fd, const std::string& path)
-{
-    return withAddress(fd, path, connect);
-}
-
-int newSocket()
-{
-    return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-}
-
-void limitWaiting(int fd, int seconds)
-{
-    const timeval limit = {seconds, 0};
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-    setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
-}
-
-bool sendAll(int fd, const std::string& text)
-{
-    for (std::size_t sent = 0; sent < text.size();) {
-        // Whoever hangs up in between must not end this process by a signal.
-        const ssize_t taken = send(fd, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
-        if (taken <= 0)
-            return false;
-        sent += std::size_t(taken);
-    }
-    return true;
 }
 
 } // namespace kora::simulation

@@ -1,5 +1,6 @@
 #include "ConsoleRun.h"
 #include "simulation/console/SocketDirectory.h"
+#include "simulation/console/UnixSocket.h"
 
 #include <QDir>
 #include <QFile>
