@@ -1,31 +1,39 @@
 #include "simulation/console/Listener.h"
 
-#include "simulation/Installation.h"
-#include "simulation/console/Commands.h"
-#include "simulation/console/InputError.h"
-#include "simulation/console/Protocol.h"
+#include "simulation/console/Conversation.h"
 #include "simulation/console/SocketDirectory.h"
 #include "simulation/console/UnixSocket.h"
 
+#include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <exception>
+#include <list>
+#include <new>
 #include <string>
+#include <vector>
 
 namespace kora::simulation {
 
 namespace {
 
-/// A console that keeps the listener waiting for longer is dropped, s.
-constexpr int patience = 2;
 constexpr int waitingConsoles = 16;
+/// Served at a time; for one more the one that began first is dropped.
+constexpr std::size_t mostConversations = 64;
 constexpr useconds_t napMicroseconds = 100000;
+
+/// In the order of their starts.
+using Conversations = std::list<Conversation>;
 
 /// Written before the thread starts; a forked child forgets them.
 int listener = -1;
@@ -39,59 +47,79 @@ bool isSameUser(int fd)
     return getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid();
 }
 
-std::string answer(const std::string& request)
+/// Milliseconds until the first of the conversations has lasted too long, -1 without one.
+int longestWait(const Conversations& conversations)
 {
+    if (conversations.empty())
+        return -1;
+    return int(std::ceil(1000 * std::max(conversations.front().deadline() - patienceClock(), 0.0)));
+}
+
+/// @return whether the descriptor of the listener is still its own
+bool acceptConsole(Conversations& conversations)
+{
+    const int fd = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    if (fd < 0) {
+        // The program closed descriptors that it does not know.
+        if (errno == EBADF || errno == ENOTSOCK || errno == EINVAL)
+            return false;
+        // Out of descriptors, for one: that may pass.
+        if (errno != EAGAIN)
+            usleep(napMicroseconds);
+        return true;
+    }
+    if (!isSameUser(fd)) {
+        close(fd);
+        return true;
+    }
+    conversations.emplace_back(fd);
+    if (conversations.size() > mostConversations)
+        conversations.pop_front();
+    return true;
+}
+
+/// Lets one conversation go on. @return whether it is not over
+bool advance(Conversation& conversation, short events)
+{
+    if (events & POLLNVAL) {
+        conversation.forgetDescriptor();
+        return false;
+    }
     try {
-        return protocol::accepted + parseCommand(wordsOf(request))(installation());
-    } catch (const InputError& error) {
-        return std::string(protocol::refused) + error.what() + '\n';
+        return (events == 0 || conversation.advance()) && conversation.deadline() > patienceClock();
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "libkoralink.so.1 (simulated installation): training console: %s\n", error.what());
+        return false;
     }
 }
 
-/// The request up to its line end, empty when it does not come or grows too long.
-std::string receiveRequest(int fd)
+/// Serves whoever has something to say, and waits for nobody. @return whether the listener lives on
+bool serveOnce(Conversations& conversations)
 {
-    std::string request;
-    char part[512];
-    while (request.size() <= protocol::longestRequest) {
-        const ssize_t received = recv(fd, part, sizeof part, 0);
-        if (received <= 0)
-            return {};
-        request.append(part, std::size_t(received));
-        if (request.back() == '\n')
-            return request;
-    }
-    return {};
-}
-
-void serve(int fd)
-{
-    if (!isSameUser(fd))
-        return;
-    limitWaiting(fd, patience);
-    const std::string request = receiveRequest(fd);
-    if (!request.empty())
-        sendAll(fd, answer(request));
+    std::vector<pollfd> awaited;
+    for (const Conversation& conversation : conversations)
+        awaited.push_back({conversation.descriptor(), conversation.awaitedEvents(), 0});
+    awaited.push_back({listener, POLLIN, 0});
+    if (poll(awaited.data(), awaited.size(), longestWait(conversations)) < 0)
+        return errno == EINTR;
+    auto served = awaited.cbegin();
+    for (auto conversation = conversations.begin(); conversation != conversations.end(); ++served)
+        conversation =
+            advance(*conversation, served->revents) ? std::next(conversation) : conversations.erase(conversation);
+    const short events = awaited.back().revents;
+    return !(events & POLLNVAL) && (events == 0 || acceptConsole(conversations));
 }
 
 void* listen(void*)
 {
+    Conversations conversations;
     for (;;) {
-        const int fd = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-        if (fd < 0) {
-            // The program closed descriptors that it does not know.
-            if (errno == EBADF || errno == ENOTSOCK || errno == EINVAL)
-                return nullptr;
-            // Out of descriptors, for one: that may pass.
-            usleep(napMicroseconds);
-            continue;
-        }
         try {
-            serve(fd);
-        } catch (const std::exception& error) {
-            std::fprintf(stderr, "libkoralink.so.1 (simulated installation): training console: %s\n", error.what());
+            if (!serveOnce(conversations))
+                return nullptr;
+        } catch (const std::bad_alloc&) {
+            usleep(napMicroseconds);
         }
-        close(fd);
     }
 }
 
@@ -118,6 +146,8 @@ bool openSocket(const std::string& folder)
     unlink(hidden.c_str());
     if (bindTo(listener, hidden) != 0)
         return false;
+    // Who hangs up again between poll and accept must not hold up the others.
+    fcntl(listener, F_SETFL, O_NONBLOCK);
     if (chmod(hidden.c_str(), 0600) != 0 || ::listen(listener, waitingConsoles) != 0 ||
         rename(hidden.c_str(), path.c_str()) != 0) {
         unlink(hidden.c_str());

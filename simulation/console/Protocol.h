@@ -8,7 +8,7 @@ namespace kora::simulation::protocol {
 
 constexpr char accepted[] = "accepted\n";
 constexpr char refused[] = "refused\n";
-/// Bytes; longer lines are not answered.
+/// Bytes with the line end; longer lines are refused.
 constexpr std::size_t longestRequest = 4096;
 
 } // namespace kora::simulation::protocol

@@ -36,19 +36,32 @@ bool takePrefix(std::string& text, const char* prefix)
     return true;
 }
 
+/// A simulation may run whose socket lies in a folder that is not trusted.
+NoSimulation noneFound(const std::string& otherwise)
+{
+    const std::string untrusted = untrustedFolders();
+    return NoSimulation(untrusted.empty() ? otherwise : untrusted);
+}
+
 } // namespace
+
+std::vector<RunningSimulation> Remote::all()
+{
+    const std::vector<RunningSimulation> running = runningSimulations();
+    if (running.empty())
+        throw noneFound("no simulation is running");
+    return running;
+}
 
 Remote Remote::find(std::optional<pid_t> pid)
 {
-    const std::vector<RunningSimulation> running = runningSimulations();
     if (pid) {
-        for (const RunningSimulation& simulation : running)
+        for (const RunningSimulation& simulation : runningSimulations())
             if (simulation.pid == *pid)
                 return Remote(simulation);
-        throw NoSimulation("no simulation is running in process " + std::to_string(*pid));
+        throw noneFound("no simulation is running in process " + std::to_string(*pid));
     }
-    if (running.empty())
-        throw NoSimulation("no simulation is running");
+    const std::vector<RunningSimulation> running = all();
     if (running.size() > 1) {
         std::string pids;
         for (const RunningSimulation& simulation : running)

@@ -18,6 +18,8 @@ public:
 class Remote
 {
 public:
+    /// Every simulation of this user. @throw NoSimulation if there is none
+    static std::vector<RunningSimulation> all();
     /// @param pid of the simulation; without one there must be a single simulation
     /// @throw NoSimulation, or InputError when several run and none is named
     static Remote find(std::optional<pid_t> pid);

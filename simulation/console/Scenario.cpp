@@ -3,6 +3,8 @@
 #include "simulation/console/Commands.h"
 #include "simulation/console/InputError.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <fstream>
 
@@ -49,6 +51,10 @@ double scenarioTime(const std::string& text)
 
 Scenario Scenario::load(const std::string& path)
 {
+    // A pipe would keep the trainer waiting for a writer.
+    struct stat kind;
+    if (stat(path.c_str(), &kind) == 0 && !S_ISREG(kind.st_mode))
+        throw InputError("the scenario " + quoted(path) + " is no regular file");
     std::ifstream file(path);
     Scenario scenario;
     std::string line;

@@ -1,5 +1,6 @@
 #include "simulation/console/SocketDirectory.h"
 
+#include "simulation/console/CommandLine.h"
 #include "simulation/console/UnixSocket.h"
 
 #include <dirent.h>
@@ -78,6 +79,18 @@ std::string socketFolder()
             return folder;
     }
     return {};
+}
+
+std::string untrustedFolders()
+{
+    std::string text;
+    for (const std::string& folder : candidateFolders()) {
+        struct stat file;
+        if (lstat(folder.c_str(), &file) == 0 && !isOurs(folder))
+            text += (text.empty() ? "" : "; ") + quoted(folder) +
+                    " is not private: it must be a folder of this user that nobody else can enter (mode 700)";
+    }
+    return text;
 }
 
 std::string socketPath(const std::string& folder, pid_t pid)

@@ -11,6 +11,9 @@ namespace kora::simulation {
 /// else /tmp/kora-simulation-UID. Nobody else can enter it. Makes it where it is missing.
 /// @return empty when neither can be made or trusted
 std::string socketFolder();
+/// The folders of these names that are not trusted, since others own or can enter them, in words for the trainer.
+/// @return one line, empty when there is none
+std::string untrustedFolders();
 std::string socketPath(const std::string& folder, pid_t pid);
 
 struct RunningSimulation

@@ -51,10 +51,7 @@ std::string programName(pid_t pid)
 
 void listSimulations()
 {
-    const std::vector<RunningSimulation> running = runningSimulations();
-    if (running.empty())
-        throw NoSimulation("no simulation is running");
-    for (const RunningSimulation& simulation : running)
+    for (const RunningSimulation& simulation : Remote::all())
         std::printf("%d %s\n", int(simulation.pid), programName(simulation.pid).c_str());
 }
 

@@ -90,7 +90,7 @@ private slots:
         add("play --loop x", "play: unexpected \"--loop\"");
         add("play a b", "play: unexpected \"b\"");
         add("play /no/such/file", "the scenario \"/no/such/file\" cannot be read");
-        add("play /tmp", "the scenario \"/tmp\" cannot be read");
+        add("play /tmp", "the scenario \"/tmp\" is no regular file");
         add("play no-such-scenario", "the scenario \"no-such-scenario\" cannot be read");
     }
 

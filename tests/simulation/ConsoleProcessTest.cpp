@@ -1,4 +1,5 @@
 #include "ConsoleRun.h"
+#include "simulation/console/Protocol.h"
 #include "simulation/console/SocketDirectory.h"
 #include "simulation/console/UnixSocket.h"
 
@@ -17,6 +18,7 @@
 #include <csignal>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 using namespace kora::simulation;
 
@@ -233,13 +235,46 @@ private slots:
         QVERIFY2(error.startsWith("kora-sim: the simulation in process ") && error.count('\n') == 1, error.constData());
     }
 
-    void silentConsoleDoesNotBlockOthers()
+    void silentConsolesDelayNoOther()
+    {
+        Subject subject(scratch->path());
+        QVERIFY(subject.isRunning());
+        // More than the listener serves at a time.
+        std::vector<int> silent(100);
+        for (int& fd : silent) {
+            fd = newSocket();
+            QCOMPARE(connectTo(fd, socketOf(subject).toStdString()), 0);
+        }
+        const ConsoleRun run = console({QStringLiteral("status")});
+        for (const int fd : silent)
+            close(fd);
+        QCOMPARE(run.status, 0);
+    }
+
+    void silentConsoleIsDropped()
     {
         Subject subject(scratch->path());
         QVERIFY(subject.isRunning());
         const int fd = newSocket();
         QCOMPARE(connectTo(fd, socketOf(subject).toStdString()), 0);
+        QCOMPARE(send(fd, "beam", 4, MSG_NOSIGNAL), ssize_t(4));
+        limitWaiting(fd, 20);
+        char part[16];
+        QCOMPARE(recv(fd, part, sizeof part, 0), ssize_t(0));
+        close(fd);
+    }
+
+    void commandInPiecesIsPutTogether()
+    {
+        Subject subject(scratch->path());
+        QVERIFY(subject.isRunning());
+        const int fd = newSocket();
+        QCOMPARE(connectTo(fd, socketOf(subject).toStdString()), 0);
+        QCOMPARE(send(fd, "beam", 4, MSG_NOSIGNAL), ssize_t(4));
+        // Whoever connects later is answered first.
         QCOMPARE(console({QStringLiteral("status")}).status, 0);
+        QCOMPARE(send(fd, " off\n", 5, MSG_NOSIGNAL), ssize_t(5));
+        QCOMPARE(allFrom(fd), QByteArray("accepted\n"));
         close(fd);
     }
 
@@ -249,9 +284,22 @@ private slots:
         QVERIFY(subject.isRunning());
         QCOMPARE(request(subject, "dance\n"), QByteArray("refused\nunknown command \"dance\"\n"));
         QCOMPARE(request(subject, "\n"), QByteArray("refused\na command is missing\n"));
-        QCOMPARE(request(subject, QByteArray(10000, 'x') + '\n'), QByteArray());
         QVERIFY(request(subject, QByteArray("\xff\xfe\x00 1\n", 6)).startsWith("refused\n"));
         QCOMPARE(console({QStringLiteral("status")}).status, 0);
+    }
+
+    void lineOverTheLimitIsRefused()
+    {
+        Subject subject(scratch->path());
+        QVERIFY(subject.isRunning());
+        const auto lineOf = [](int bytes) { return QByteArray("beam off").leftJustified(bytes - 1) + '\n'; };
+        const QByteArray refusal("refused\nthe command is too long\n");
+        for (const int bytes : {int(protocol::longestRequest) + 1, 10000, 1000000})
+            QCOMPARE(request(subject, lineOf(bytes)), refusal);
+        QCOMPARE(request(subject, QByteArray(10000, 'x')), refusal);
+        QVERIFY(console({QStringLiteral("status")}).output.contains(QStringLiteral("beam          on")));
+        QCOMPARE(request(subject, lineOf(int(protocol::longestRequest))), QByteArray("accepted\n"));
+        QVERIFY(console({QStringLiteral("status")}).output.contains(QStringLiteral("beam          off")));
     }
 
     void folderAndSocketBelongToTheUserAlone()
@@ -305,6 +353,18 @@ private slots:
         QCOMPARE(console({QStringLiteral("--pid"), subject.pid(), QStringLiteral("status")}).status, 0);
     }
 
+    void folderThatIsNotPrivateIsTold()
+    {
+        Subject subject(scratch->path());
+        QVERIFY(subject.isRunning());
+        setMode(folder, 0755);
+        const ConsoleRun run = console({QStringLiteral("--pid"), subject.pid(), QStringLiteral("status")});
+        setMode(folder, 0700);
+        QVERIFY2(run.isRefusal(1, folder + QStringLiteral("\" is not private")), run.described().constData());
+        QVERIFY(!run.error.contains(QStringLiteral("no simulation is running")));
+        QCOMPARE(console({QStringLiteral("--pid"), subject.pid(), QStringLiteral("status")}).status, 0);
+    }
+
     void withoutAPlaceForTheSocketTheSimulationRunsOn()
     {
         const QString bwrap = QStandardPaths::findExecutable(QStringLiteral("bwrap"));
@@ -326,17 +386,23 @@ private:
     }
     static void setMode(const QString& path, mode_t mode) { QCOMPARE(chmod(path.toLocal8Bit().constData(), mode), 0); }
 
+    /// What comes until the listener hangs up.
+    static QByteArray allFrom(int fd)
+    {
+        QByteArray answer;
+        char part[256];
+        for (ssize_t received = 0; (received = recv(fd, part, sizeof part, 0)) > 0;)
+            answer.append(part, int(received));
+        return answer;
+    }
+
     /// Sends bytes to the listener and returns all that comes back.
     QByteArray request(const Subject& subject, const QByteArray& bytes)
     {
         const int fd = newSocket();
         QByteArray answer;
-        if (connectTo(fd, socketOf(subject).toStdString()) == 0 &&
-            send(fd, bytes.constData(), std::size_t(bytes.size()), MSG_NOSIGNAL) == bytes.size()) {
-            char part[256];
-            for (ssize_t received = 0; (received = recv(fd, part, sizeof part, 0)) > 0;)
-                answer.append(part, int(received));
-        }
+        if (connectTo(fd, socketOf(subject).toStdString()) == 0 && sendAll(fd, bytes.toStdString()))
+            answer = allFrom(fd);
         close(fd);
         return answer;
     }

@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/stat.h>
+
 #include <cmath>
 
 using namespace kora::simulation;
@@ -66,6 +68,14 @@ private slots:
                                                         "1 beam on\n")
                                                     .toStdString()),
                                  InputError);
+    }
+
+    void pipeIsRefusedAtOnce()
+    {
+        const QString pipe = scratch.filePath(QStringLiteral("pipe"));
+        QCOMPARE(mkfifo(pipe.toLocal8Bit().constData(), 0600), 0);
+        const ConsoleRun run = runConsole({QStringLiteral("play"), QStringLiteral("--check"), pipe});
+        QVERIFY2(run.isRefusal(2, QStringLiteral("is no regular file")), run.described().constData());
     }
 
     void nameOfTwoLinesStaysOnOne()
