@@ -29,17 +29,18 @@ public:
     /// valueChanged(float) only where the scale begins at 0.
     void setSliderPosition(float value);
 
-public slots:
-    /// Shows a level on a scale of its own: from 0 to b to the tenth power, b being the decimal logarithm of
-    /// the level, rounded up.
-    void setValue(float value);
-
 signals:
     /// In units of the scale. The slider ends one hundredth below the scale's end.
     void valueChanged(float value);
 
+    // In this order: a program that calls by number finds them by it.
 private slots:
     void signalSender(int val);
+
+public slots:
+    /// Shows a level on a scale of its own: from 0 to b to the tenth power, b being the decimal logarithm of
+    /// the level, rounded up.
+    void setValue(float value);
 
 private:
     std::unique_ptr<Ui::Slider> ui;

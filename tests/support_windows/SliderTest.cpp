@@ -74,6 +74,15 @@ private slots:
         QCOMPARE(track->maximum(), 99);
     }
 
+    void signalAndSlotsHaveTheirOrder()
+    {
+        const QMetaObject& meta = Slider::staticMetaObject;
+        QByteArrayList signatures;
+        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+            signatures.append(meta.method(i).methodSignature());
+        QCOMPARE(signatures, (QByteArrayList{"valueChanged(float)", "signalSender(int)", "setValue(float)"}));
+    }
+
     void firstScaleRunsFromZeroToOne()
     {
         Slider slider;
