@@ -270,6 +270,16 @@ private slots:
         QCOMPARE(result.tSettle, 0.0);
     }
 
+    void constantNegativeResponseHasNoSettlingTime()
+    {
+        // An output that stands still, so that nothing is inverted.
+        answerStep(8, 0, 0, 0, -2, 0);
+        run();
+        QCOMPARE(text("invertedLabel"), QString());
+        QCOMPARE(plot->graph(1)->data()->constBegin()->value, -2.0);
+        QCOMPARE(text("Tsetlabel"), QStringLiteral("0 ms"));
+    }
+
     void missingUpperCrossingIsTheLastSample()
     {
         // A spike that is shorter than a tenth of the samples pulls no level up, and one sample passes 10 %.

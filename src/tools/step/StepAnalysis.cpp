@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <optional>
 
 namespace {
 
@@ -21,14 +22,14 @@ bool sortsBefore(double a, double b)
     return std::isnan(b) ? !std::isnan(a) : a < b;
 }
 
-/// Index before the first sample above the level, from the given index on; the last index if there is none.
-int indexBefore(const std::vector<double>& samples, int from, double level)
+/// Index before the first sample above the level, from the given index on; nothing if there is none.
+std::optional<int> indexBefore(const std::vector<double>& samples, int from, double level)
 {
     for (int i = from; i < int(samples.size()); ++i) {
         if (samples[std::size_t(i)] > level)
             return i - 1;
     }
-    return int(samples.size()) - 1;
+    return std::nullopt;
 }
 
 struct Levels
@@ -66,10 +67,13 @@ step_analysis::Result step_analysis::analyse(const std::vector<double>& response
     const double lower = middle - 0.5 * result.dy * crossingSpan;
     const double upper = middle + 0.5 * result.dy * crossingSpan;
 
-    result.iLow = indexBefore(response, 1, lower);
-    // The search starts at the first crossing itself, so that a rise within one sample gives no time.
-    result.iHigh = indexBefore(response, result.iLow, upper);
-    result.iStim = indexBefore(stimulus, 0, bias + 0.5 * step);
+    const int last = int(response.size()) - 1;
+    const std::optional<int> low = indexBefore(response, 1, lower);
+    result.iLow = low.value_or(last);
+    // The search starts at the first crossing itself, so that a rise within one sample gives no time. Without one there
+    // is no rise: the upper level, which then may lie below the lower one, is not searched.
+    result.iHigh = low ? indexBefore(response, *low, upper).value_or(last) : last;
+    result.iStim = indexBefore(stimulus, 0, bias + 0.5 * step).value_or(last);
 
     result.tLow = result.iLow / rateHz;
     result.tHigh = result.iHigh / rateHz;
