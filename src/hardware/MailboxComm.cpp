@@ -15,6 +15,8 @@ constexpr int amplifierClass = 0x2100;
 constexpr int encoderBoxClass = 0x2300;
 constexpr int classMask = 0xff00;
 constexpr int loopRateWithEncoderBox = 5000;
+/// Source of the outputs while the loops drive them.
+constexpr unsigned char outputsOfLoops = 1;
 
 int warnIfFailed(int result, const char* text)
 {
@@ -208,9 +210,9 @@ int MailboxComm::setOutputMux(unsigned char source)
 
 unsigned char MailboxComm::getOutputMux()
 {
-    unsigned char source = 0;
-    warnIfFailed(::getOutputMux(&source), "getOutputMux() failed");
-    return source;
+    unsigned char source = outputsOfLoops;
+    // What a failed call left in the variable could take the outputs from running loops.
+    return warnIfFailed(::getOutputMux(&source), "getOutputMux() failed") < 0 ? outputsOfLoops : source;
 }
 
 int MailboxComm::setBPMorient(unsigned char orientation, unsigned char bpm)

@@ -51,6 +51,7 @@ public:
     int setBPMselector(int Xlf, int Xhf, int Ylf, int Yhf);
     int getBPMselector(int* Xlf, int* Xhf, int* Ylf, int* Yhf);
     int setOutputMux(unsigned char source);
+    /// 1 while the loops drive the outputs, also when that cannot be read; 0 while they are driven directly.
     unsigned char getOutputMux();
     int setBPMorient(unsigned char orientation, unsigned char bpm);
     int setBPMscale(int bpm, double scaleX, double scaleY);

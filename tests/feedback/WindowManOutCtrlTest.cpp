@@ -101,6 +101,14 @@ private slots:
         QVERIFY(commands().empty());
     }
 
+    void sourceThatCannotBeReadLeavesTheOutputsWithTheLoops()
+    {
+        fail("getOutputMux");
+        window->showWindow();
+        QVERIFY(!manual()->isChecked());
+        QVERIFY(commands().empty());
+    }
+
     void tickingTakesTheOutputsAndUntickingGivesThemBack()
     {
         window->showWindow();

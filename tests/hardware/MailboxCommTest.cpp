@@ -154,16 +154,16 @@ private slots:
         QCOMPARE(int(mailbox->getPIDconf()), 11);
     }
 
-    void codesThatCannotBeReadAreZeroAndWarn()
+    void codesThatCannotBeReadAreZeroAndThatOfTheOutputsIsThatOfTheLoops()
     {
-        answers().outputMux = 1;
+        answers().outputMux = 0;
         answers().pidConf = 11;
         answers().displayFreq = 5000;
         for (const char* function : {"getOutputMux", "getPIDconf", "getDisplayFreq"})
             fail(function);
         bool filter = true;
         LogLines log(QsLogging::InfoLevel);
-        QCOMPARE(int(mailbox->getOutputMux()), 0);
+        QCOMPARE(int(mailbox->getOutputMux()), 1);
         QCOMPARE(int(mailbox->getPIDconf()), 0);
         QCOMPARE(mailbox->getDisplayFreq(&filter), 0.0);
         QCOMPARE(filter, false);
