@@ -4,6 +4,8 @@
 
 #include <QSettings>
 
+#include <cmath>
+
 namespace {
 
 constexpr double missingBeamOffTh = 1e-09;
@@ -16,6 +18,14 @@ constexpr const char* outputKeys[4] = {"DAC_posXlf", "DAC_posXhf", "DAC_posYlf",
 constexpr const char* filterNames[2][2] = {{"Xlf", "Ylf"}, {"Xhf", "Yhf"}};
 constexpr const char* iirGroups[3] = {"IIR_X", "IIR_Y", "IIR_I0"};
 
+/// A number of the file. What is no finite number reads as 0, as other garbage does: a field would show it as its
+/// largest value, and send that.
+double finiteNumber(const QVariant& text)
+{
+    const double number = text.toDouble();
+    return std::isfinite(number) ? number : 0.0;
+}
+
 /// The settings file, open for as long as one accessor runs.
 class File : public QSettings
 {
@@ -25,6 +35,11 @@ public:
     QVariant read(const QString& group, const char* key, const QVariant& missing = QVariant())
     {
         return value(group + QLatin1Char('/') + QLatin1String(key), missing);
+    }
+
+    double readNumber(const QString& group, const char* key, const QVariant& missing = QVariant())
+    {
+        return finiteNumber(read(group, key, missing));
     }
 
     /// Writes below the group that beginGroup() opened.
@@ -50,7 +65,7 @@ void writeToBpm(int bpm, const char* key, const QVariant& value)
 
 double readDoubleOfBpm(int bpm, const char* key)
 {
-    return File().read(bpmGroup(bpm), key).toDouble();
+    return File().readNumber(bpmGroup(bpm), key);
 }
 
 void writePid(const QString& group, const double (&values)[pidValues])
@@ -65,7 +80,7 @@ void readPid(const QString& group, double* const (&values)[pidValues])
 {
     File file;
     for (int i = 0; i < pidValues; ++i)
-        *values[i] = file.read(group, pidKeys[i]).toDouble();
+        *values[i] = file.readNumber(group, pidKeys[i]);
 }
 
 QString filterKey(int band, int axis, const char* item)
@@ -89,7 +104,7 @@ void readIirArray(QSettings& file, const char* name, double* values)
     file.beginReadArray(QLatin1String(name));
     for (int i = 0; i < iirLength; ++i) {
         file.setArrayIndex(i);
-        values[i] = file.value(QStringLiteral("val")).toDouble();
+        values[i] = finiteNumber(file.value(QStringLiteral("val")));
     }
     file.endArray();
 }
@@ -174,7 +189,7 @@ void ConfigFile::writeBeamOffTh(int bpm, double value)
 
 void ConfigFile::readBeamOffTh(double* value, int bpm)
 {
-    *value = File().read(regionGroup(bpm), "BeamOffTh", missingBeamOffTh).toDouble();
+    *value = File().readNumber(regionGroup(bpm), "BeamOffTh", missingBeamOffTh);
 }
 
 void ConfigFile::writeROI(int bpm, double RoiX, double RoiY, double RoiI0min, double RoiI0max, double Roc)
@@ -192,11 +207,11 @@ void ConfigFile::readROI(double* RoiX, double* RoiY, double* RoiI0min, double* R
 {
     File file;
     const QString group = regionGroup(bpm);
-    *RoiX = file.read(group, "RoiX").toDouble();
-    *RoiY = file.read(group, "RoiY").toDouble();
-    *RoiI0min = file.read(group, "RoiI0min").toDouble();
-    *RoiI0max = file.read(group, "RoiI0max").toDouble();
-    *Roc = file.read(group, "Roc").toDouble();
+    *RoiX = file.readNumber(group, "RoiX");
+    *RoiY = file.readNumber(group, "RoiY");
+    *RoiI0min = file.readNumber(group, "RoiI0min");
+    *RoiI0max = file.readNumber(group, "RoiI0max");
+    *Roc = file.readNumber(group, "Roc");
 }
 
 void ConfigFile::writeROCenable(bool x, bool y, bool beamOff, int bpm)
@@ -257,7 +272,7 @@ void ConfigFile::readPIDYlf(double* Freq, double* Kp, double* Ki, double* Kd, do
                             double* Omax, double* Ogain, double* Offset)
 {
     readPid(QStringLiteral("PID_Ylf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
-    *Omin = File().read(QStringLiteral("PID_Ylhf"), "Omin").toDouble();
+    *Omin = File().readNumber(QStringLiteral("PID_Ylhf"), "Omin");
 }
 
 void ConfigFile::readPIDYhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
@@ -298,9 +313,9 @@ void ConfigFile::readPositionFilter(int band, int axis, int* type, double* low, 
     File file;
     const QString group = QStringLiteral("PositionFilters/");
     *type = file.value(group + filterKey(band, axis, "Filter")).toInt();
-    *low = file.value(group + filterKey(band, axis, "FcutLow")).toDouble();
+    *low = finiteNumber(file.value(group + filterKey(band, axis, "FcutLow")));
     if (band != 0)
-        *high = file.value(group + filterKey(band, axis, "FcutHigh")).toDouble();
+        *high = finiteNumber(file.value(group + filterKey(band, axis, "FcutHigh")));
 }
 
 void ConfigFile::writeIIR(const double* aX, const double* bX, const double* aY, const double* bY, const double* aI0,

@@ -198,6 +198,21 @@ private slots:
         }
     }
 
+    void whatIsNoFiniteNumberIsShownAndSentAsZero()
+    {
+        for (int field = 0; field < fieldCount; ++field)
+            scratch_settings::setValue(key(0, field).constData(),
+                                       field % 2 ? QStringLiteral("nan") : QStringLiteral("inf"));
+        panel = std::make_unique<WidgetPidCtrl>();
+        clearCalls();
+        pressUpdate();
+        for (int field = 1; field < fieldCount; ++field)
+            QCOMPARE(box(0, field)->value(), 0.0);
+        QCOMPARE(operate::lines(callsOf("setPIDparams")).first(),
+                 QStringLiteral("setPIDparams(0, 0, 0, 0, 0, 0, 0, 0, 0)"));
+        QCOMPARE(operate::lines(callsOf("setWindAvg")).first(), QStringLiteral("setWindAvg(0, 10000)"));
+    }
+
     void updateSendsWindowsOffsetsAndParameters()
     {
         fillFields();

@@ -408,6 +408,58 @@ private slots:
         QCOMPARE(outputs[3], 3);
     }
 
+    void whatIsNoFiniteNumberReadsAsZero_data()
+    {
+        QTest::addColumn<QString>("text");
+        for (const char* text : {"nan", "NaN", "-nan", "inf", "+inf", "-inf", "infinity", "1e999", "-1e999"})
+            QTest::newRow(text) << QString::fromLatin1(text);
+    }
+    void whatIsNoFiniteNumberReadsAsZero()
+    {
+        QFETCH(QString, text);
+        QByteArray content;
+        for (const char* group : {"BPM1", "BPM2", "ROCandROI", "ROCandROI2", "PID_Xlf", "PID_Xhf", "PID_Ylf",
+                                  "PID_Ylhf", "PID_Yhf", "PositionFilters"}) {
+            content += '[' + QByteArray(group) + "]\n";
+            for (const char* key :
+                 {"Scale_X", "Scale_Y", "Offset_X", "Offset_Y", "BeamOffTh", "RoiX", "RoiY", "RoiI0min", "RoiI0max",
+                  "Roc", "XlfFcutLow", "YlfFcutLow", "XhfFcutLow", "XhfFcutHigh", "YhfFcutLow", "YhfFcutHigh"})
+                content += QByteArray(key) + '=' + text.toLatin1() + '\n';
+            for (const char* key : pidKeys)
+                content += QByteArray(key) + '=' + text.toLatin1() + '\n';
+        }
+        content += "[IIR_X]\na\\1\\val=" + text.toLatin1() + '\n';
+        QFile settings(settingsPath());
+        QVERIFY(settings.open(QIODevice::WriteOnly));
+        settings.write(content);
+        settings.close();
+
+        for (int bpm = 0; bpm < 2; ++bpm) {
+            double values[6] = {-1, -1, -1, -1, -1, -1};
+            file.readBeamOffTh(&values[0], bpm);
+            file.readROI(&values[1], &values[2], &values[3], &values[4], &values[5], bpm);
+            for (const double value : values)
+                QCOMPARE(value, 0.0);
+            for (const double value :
+                 {file.readScaleX(bpm), file.readScaleY(bpm), file.readOffsetX(bpm), file.readOffsetY(bpm)})
+                QCOMPARE(value, 0.0);
+        }
+        for (const PidGroup& group : pidGroups)
+            QCOMPARE(readPid(group), Ten{});
+        for (int filter = 0; filter < 4; ++filter) {
+            int type = -1;
+            double low = -1;
+            double high = 0;
+            file.readPositionFilter(filter / 2, filter % 2, &type, &low, &high);
+            QCOMPARE(low, 0.0);
+            QCOMPARE(high, 0.0);
+        }
+        Ten coefficients[6];
+        file.readIIR(coefficients[0].data(), coefficients[1].data(), coefficients[2].data(), coefficients[3].data(),
+                     coefficients[4].data(), coefficients[5].data());
+        QCOMPARE(coefficients[0], Ten{});
+    }
+
     void valuesKeepTheirFullPrecision()
     {
         file.writeScaleX(0, 0.1 + 0.2);
