@@ -6,6 +6,7 @@
 #include "ui_DialogLogin.h"
 
 #include <QMessageBox>
+#include <QShowEvent>
 
 #include <cstring>
 
@@ -42,6 +43,14 @@ DialogLogin::DialogLogin(QWidget* mainWindow) : QDialog(mainWindow), ui(new Ui::
 }
 
 DialogLogin::~DialogLogin() = default;
+
+void DialogLogin::showEvent(QShowEvent* event)
+{
+    // Spontaneous is what the desktop does to a window that is open.
+    if (!event->spontaneous())
+        ui->passwordLineEdit->setText(QString());
+    QDialog::showEvent(event);
+}
 
 void DialogLogin::connectToMainWindow()
 {

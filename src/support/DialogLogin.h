@@ -32,6 +32,10 @@ signals:
 private slots:
     void checkPasswd();
 
+protected:
+    /// No password of the last operator waits in the window when it is opened again.
+    void showEvent(QShowEvent* event) override;
+
 private:
     std::unique_ptr<Ui::DialogLogin> ui;
     QWidget* mainWindow;

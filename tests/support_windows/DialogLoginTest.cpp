@@ -289,6 +289,32 @@ private slots:
         QCOMPARE(lines.at(1).simplified(), QStringLiteral("2 login level changed: 0"));
     }
 
+    void passwordIsGoneWhenTheWindowIsOpenedAgain()
+    {
+        dialog->show();
+        logIn(QStringLiteral("admin"));
+        const auto* password = find<QLineEdit>(dialog, "passwordLineEdit");
+        const auto* user = find<QLineEdit>(dialog, "usernameLineEdit");
+        QCOMPARE(password->text(), QStringLiteral("admin"));
+        QCOMPARE(user->text(), QStringLiteral("admin"));
+        // Out of view and back by the desktop is the same opening.
+        QShowEvent shown;
+        QSpontaneKeyEvent::setSpontaneous(&shown);
+        qApp->notify(dialog, &shown);
+        QCOMPARE(password->text(), QStringLiteral("admin"));
+
+        dialog->close();
+        dialog->show();
+        QCOMPARE(password->text(), QString());
+        QVERIFY(!password->isUndoAvailable());
+        QCOMPARE(user->text(), QStringLiteral("admin"));
+        clearCalls();
+        MessageBoxes boxes;
+        operate::press(find<QPushButton>(dialog, "logIn"));
+        QCOMPARE(calls().back().texts, (std::vector<std::string>{"admin", ""}));
+        QCOMPARE(boxes.count(), 1);
+    }
+
     void returnKeyLogsIn()
     {
         dialog->show();
