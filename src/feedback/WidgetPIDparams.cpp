@@ -1,11 +1,33 @@
 #include "feedback/WidgetPIDparams.h"
 
 #include "app/Globals.h"
+#include "hardware/LoopParameters.h"
 #include "ui_WidgetPIDparams.h"
 
 #include <cmath>
+#include <iterator>
 
 namespace {
+
+struct ParameterField
+{
+    QDoubleSpinBox* Ui::WidgetPIDparams::*box;
+    double LoopParameters::*value;
+};
+
+constexpr ParameterField parameterFields[] = {
+    {&Ui::WidgetPIDparams::curFreqBox, &LoopParameters::Freq},
+    {&Ui::WidgetPIDparams::boxKp, &LoopParameters::Kp},
+    {&Ui::WidgetPIDparams::boxKi, &LoopParameters::Ki},
+    {&Ui::WidgetPIDparams::boxKd, &LoopParameters::Kd},
+    {&Ui::WidgetPIDparams::boxemin, &LoopParameters::emin},
+    {&Ui::WidgetPIDparams::boxImax, &LoopParameters::Imax},
+    {&Ui::WidgetPIDparams::boxOmin, &LoopParameters::Omin},
+    {&Ui::WidgetPIDparams::boxOmax, &LoopParameters::Omax},
+    {&Ui::WidgetPIDparams::boxOgain, &LoopParameters::Ogain},
+    {&Ui::WidgetPIDparams::offsetDoubleSpinBox, &LoopParameters::Offset},
+};
+static_assert(std::size(parameterFields) == std::size(loopParameters));
 
 long samplesPerPeriod(double freq)
 {
@@ -28,75 +50,25 @@ double WidgetPIDparams::freq() const
     return ui->curFreqBox->value();
 }
 
-void WidgetPIDparams::setFreq(double freq)
-{
-    ui->curFreqBox->setValue(freq);
-    // Also where the field does not change: the loop rate may have.
-    calcRealFreq(ui->curFreqBox->value());
-}
-
 int WidgetPIDparams::divider() const
 {
     return int(samplesPerPeriod(freq()));
 }
 
-double WidgetPIDparams::Kp() const
+LoopParameters WidgetPIDparams::parameters() const
 {
-    return ui->boxKp->value();
+    LoopParameters shown;
+    for (const ParameterField& field : parameterFields)
+        shown.*field.value = (ui.get()->*field.box)->value();
+    return shown;
 }
 
-double WidgetPIDparams::Ki() const
+void WidgetPIDparams::setParameters(const LoopParameters& parameters)
 {
-    return ui->boxKi->value();
-}
-
-double WidgetPIDparams::Kd() const
-{
-    return ui->boxKd->value();
-}
-
-double WidgetPIDparams::emin() const
-{
-    return ui->boxemin->value();
-}
-
-double WidgetPIDparams::Imax() const
-{
-    return ui->boxImax->value();
-}
-
-double WidgetPIDparams::Omin() const
-{
-    return ui->boxOmin->value();
-}
-
-double WidgetPIDparams::Omax() const
-{
-    return ui->boxOmax->value();
-}
-
-double WidgetPIDparams::Ogain() const
-{
-    return ui->boxOgain->value();
-}
-
-double WidgetPIDparams::offset() const
-{
-    return ui->offsetDoubleSpinBox->value();
-}
-
-void WidgetPIDparams::setParams(double Kp, double Ki, double Kd, double emin, double Imax, double Omin, double Omax,
-                                double Ogain, double offset)
-{
-    ui->boxKp->setValue(Kp);
-    ui->boxKi->setValue(Ki);
-    ui->boxKd->setValue(Kd);
-    ui->boxemin->setValue(emin);
-    ui->boxImax->setValue(Imax);
-    ui->boxOmin->setValue(Omin);
-    ui->boxOmax->setValue(Omax);
-    ui->boxOgain->setValue(Ogain);
-    ui->offsetDoubleSpinBox->setValue(offset);
+    for (const ParameterField& field : parameterFields)
+        (ui.get()->*field.box)->setValue(parameters.*field.value);
+    // Also where the field does not change: the loop rate may have.
+    calcRealFreq(freq());
 }
 
 void WidgetPIDparams::calcRealFreq(double val)

@@ -1,19 +1,19 @@
 #include "hardware/ConfigFile.h"
 
+#include "hardware/LoopConfiguration.h"
+#include "hardware/LoopParameters.h"
 #include "hardware/SettingsPath.h"
 
 #include <QSettings>
 
 #include <cmath>
+#include <iterator>
 
 namespace {
 
 constexpr double missingBeamOffTh = 1e-09;
 constexpr int iirLength = 10;
-constexpr int pidValues = 10;
 
-constexpr const char* pidKeys[pidValues] = {"Freq", "Kp",   "Ki",   "Kd",    "emin",
-                                            "Imax", "Omin", "Omax", "Ogain", "Offset"};
 constexpr const char* outputKeys[4] = {"DAC_posXlf", "DAC_posXhf", "DAC_posYlf", "DAC_posYhf"};
 constexpr const char* filterNames[2][2] = {{"Xlf", "Ylf"}, {"Xhf", "Yhf"}};
 constexpr const char* iirGroups[3] = {"IIR_X", "IIR_Y", "IIR_I0"};
@@ -68,19 +68,16 @@ double readDoubleOfBpm(int bpm, const char* key)
     return File().readNumber(bpmGroup(bpm), key);
 }
 
-void writePid(const QString& group, const double (&values)[pidValues])
+QString loopGroup(int loop)
 {
-    File file;
-    file.beginGroup(group);
-    for (int i = 0; i < pidValues; ++i)
-        file.write(pidKeys[i], values[i]);
+    return QLatin1String("PID_") + QLatin1String(loopNames[loop]);
 }
 
-void readPid(const QString& group, double* const (&values)[pidValues])
+/// @param places in the order of loopParameters
+void store(const LoopParameters& parameters, double* const (&places)[std::size(loopParameters)])
 {
-    File file;
-    for (int i = 0; i < pidValues; ++i)
-        *values[i] = file.readNumber(group, pidKeys[i]);
+    for (std::size_t i = 0; i < std::size(loopParameters); ++i)
+        *places[i] = parameters.*loopParameters[i].value;
 }
 
 QString filterKey(int band, int axis, const char* item)
@@ -232,53 +229,71 @@ void ConfigFile::readROCenable(bool* x, bool* y, bool* beamOff, int bpm)
     *beamOff = file.read(group, "BeamOffEnable").toBool();
 }
 
+LoopParameters ConfigFile::readLoop(int loop)
+{
+    File file;
+    LoopParameters parameters;
+    for (const LoopParameter& parameter : loopParameters)
+        parameters.*parameter.value = file.readNumber(loopGroup(loop), parameter.key);
+    if (loop == LoopYlf)
+        parameters.Omin = file.readNumber(QStringLiteral("PID_Ylhf"), "Omin");
+    return parameters;
+}
+
+void ConfigFile::writeLoop(int loop, const LoopParameters& parameters)
+{
+    File file;
+    file.beginGroup(loopGroup(loop));
+    for (const LoopParameter& parameter : loopParameters)
+        file.write(parameter.key, parameters.*parameter.value);
+}
+
 void ConfigFile::writePIDXlf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
                              double Omax, double Ogain, double Offset)
 {
-    writePid(QStringLiteral("PID_Xlf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+    writeLoop(LoopXlf, {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
 
 void ConfigFile::writePIDXhf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
                              double Omax, double Ogain, double Offset)
 {
-    writePid(QStringLiteral("PID_Xhf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+    writeLoop(LoopXhf, {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
 
 void ConfigFile::writePIDYlf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
                              double Omax, double Ogain, double Offset)
 {
-    writePid(QStringLiteral("PID_Ylf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+    writeLoop(LoopYlf, {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
 
 void ConfigFile::writePIDYhf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin,
                              double Omax, double Ogain, double Offset)
 {
-    writePid(QStringLiteral("PID_Yhf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+    writeLoop(LoopYhf, {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
 
 void ConfigFile::readPIDXlf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
                             double* Omax, double* Ogain, double* Offset)
 {
-    readPid(QStringLiteral("PID_Xlf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+    store(readLoop(LoopXlf), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
 
 void ConfigFile::readPIDXhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
                             double* Omax, double* Ogain, double* Offset)
 {
-    readPid(QStringLiteral("PID_Xhf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+    store(readLoop(LoopXhf), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
 
 void ConfigFile::readPIDYlf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
                             double* Omax, double* Ogain, double* Offset)
 {
-    readPid(QStringLiteral("PID_Ylf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
-    *Omin = File().readNumber(QStringLiteral("PID_Ylhf"), "Omin");
+    store(readLoop(LoopYlf), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
 
 void ConfigFile::readPIDYhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
                             double* Omax, double* Ogain, double* Offset)
 {
-    readPid(QStringLiteral("PID_Yhf"), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
+    store(readLoop(LoopYhf), {Freq, Kp, Ki, Kd, emin, Imax, Omin, Omax, Ogain, Offset});
 }
 
 void ConfigFile::writeDACpos(int Xlf, int Xhf, int Ylf, int Yhf)

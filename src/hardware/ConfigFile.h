@@ -1,5 +1,7 @@
 #pragma once
 
+struct LoopParameters;
+
 /// Accessor of the settings file. It has no state: every method opens the file, does its work and closes it, so that
 /// each write is on disk when the method returns and each read sees what the last write left. GUI thread.
 ///
@@ -32,7 +34,14 @@ public:
     void writeROCenable(bool x, bool y, bool beamOff, int bpm);
     void readROCenable(bool* x, bool* y, bool* beamOff, int bpm);
 
-    // Controllers: averaged rate in hertz, gains and limits as plain numbers.
+    /// All that the file holds of one controller. @param loop 0 Xlf, 1 Xhf, 2 Ylf, 3 Yhf
+    ///
+    /// Omin of Ylf comes from the key "PID_Ylhf/Omin", which no writer writes: it reads 0 whatever was saved, until
+    /// someone adds that key by hand.
+    LoopParameters readLoop(int loop);
+    void writeLoop(int loop, const LoopParameters& parameters);
+
+    // The same value by value.
     void writePIDXlf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin, double Omax,
                      double Ogain, double Offset);
     void writePIDXhf(double Freq, double Kp, double Ki, double Kd, double emin, double Imax, double Omin, double Omax,
@@ -45,8 +54,6 @@ public:
                     double* Omax, double* Ogain, double* Offset);
     void readPIDXhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
                     double* Omax, double* Ogain, double* Offset);
-    /// Fetches Omin from the key "PID_Ylhf/Omin", which no writer writes: the value of Ylf reads 0 whatever was
-    /// saved, until someone adds that key by hand.
     void readPIDYlf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,
                     double* Omax, double* Ogain, double* Offset);
     void readPIDYhf(double* Freq, double* Kp, double* Ki, double* Kd, double* emin, double* Imax, double* Omin,

@@ -4,13 +4,14 @@
 #include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
 #include "hardware/ConfigFile.h"
+#include "hardware/LoopConfiguration.h"
+#include "hardware/LoopParameters.h"
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceFile.h"
 #include "stream/PlotData.h"
 #include "tools/DialogKeys.h"
 #include "tools/Pause.h"
 #include "tools/PendingEvents.h"
-#include "tools/PidOffset.h"
 #include "ui_WindowRockingCurve.h"
 
 #include <cmath>
@@ -49,8 +50,8 @@ Drive storedDrive(Direction direction)
     int outputXlf, outputXhf, outputYlf, outputYhf;
     configFile->readDACpos(&outputXlf, &outputXhf, &outputYlf, &outputYhf);
     if (direction == rocking_scan::PosX)
-        return {outputXlf, outputXhf, pidOffset(&ConfigFile::readPIDYlf)};
-    return {outputXhf, outputXlf, pidOffset(&ConfigFile::readPIDXlf)};
+        return {outputXlf, outputXhf, configFile->readLoop(LoopYlf).Offset};
+    return {outputXhf, outputXlf, configFile->readLoop(LoopXlf).Offset};
 }
 
 Electrodes storedElectrodes()

@@ -4,13 +4,14 @@
 #include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
 #include "hardware/ConfigFile.h"
+#include "hardware/LoopConfiguration.h"
+#include "hardware/LoopParameters.h"
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceFile.h"
 #include "stream/DisplayRecord.h"
 #include "stream/MissingStream.h"
 #include "tools/DialogKeys.h"
 #include "tools/Pause.h"
-#include "tools/PidOffset.h"
 #include "ui_WindowStepResponse.h"
 
 #include <QPointer>
@@ -166,9 +167,9 @@ void WindowStepResponse::makeAnnotation()
 void WindowStepResponse::showTool()
 {
     // The Y bias comes from Xhf and the I0 bias from Ylf on purpose.
-    ui->posXbiasDoubleSpinBox->setValue(pidOffset(&ConfigFile::readPIDXlf));
-    ui->posYbiasDoubleSpinBox->setValue(pidOffset(&ConfigFile::readPIDXhf));
-    ui->i0biasDoubleSpinBox->setValue(pidOffset(&ConfigFile::readPIDYlf));
+    ui->posXbiasDoubleSpinBox->setValue(configFile->readLoop(LoopXlf).Offset);
+    ui->posYbiasDoubleSpinBox->setValue(configFile->readLoop(LoopXhf).Offset);
+    ui->i0biasDoubleSpinBox->setValue(configFile->readLoop(LoopYlf).Offset);
     show();
 }
 
@@ -206,7 +207,7 @@ WindowStepResponse::Run WindowStepResponse::requestedRun() const
     Run run = {{}, {}, noSlot, SlotPos1X, 0, 0};
     // The output that no axis drives rests where its controller leaves it with the feedback off: at 0 V it
     // would throw the beam aside, and the answer would be that of another place.
-    const double restVolts = pidOffset(&ConfigFile::readPIDYlf);
+    const double restVolts = configFile->readLoop(LoopYlf).Offset;
     run.base.set(otherOutput, restVolts);
     run.stepped.set(otherOutput, restVolts);
     for (const auto& axis : axes) {
