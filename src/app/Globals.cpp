@@ -17,4 +17,3 @@ Updater* updater = nullptr;
 MailboxComm* mailbox = nullptr;
 DialogLogin* loginDialog = nullptr;
 const char guiVersion[] = "1.3";
-const char lastFixedRateFirmware[] = "1.0.02";

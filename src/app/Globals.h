@@ -1,5 +1,7 @@
 #pragma once
 
+#include "hardware/StreamRate.h"
+
 #include <QString>
 
 class ConfigFile;
@@ -7,14 +9,10 @@ class DialogLogin;
 class MailboxComm;
 class Updater;
 
-/// The shared state through which the objects of the program find each other. Plain variables without a lock:
+/// The shared state through which the objects of the program find each other, with SAMP_FREQ, the rate of the display
+/// stream. Plain variables without a lock:
 /// the GUI thread owns them all but for sampFreq and the four BPM selectors, which the poll of MailboxComm also
 /// writes; the last writer wins.
-
-extern "C" {
-/// Rate of the display stream, Hz. The control library reads it, so the executable exports it under this name.
-extern __attribute__((visibility("default"))) int SAMP_FREQ;
-}
 
 /// Rate of the control loops, Hz.
 extern int sampFreq;
@@ -47,6 +45,3 @@ extern DialogLogin* loginDialog;
 
 /// Version of this interface, in the main window's title and the about box.
 extern const char guiVersion[];
-
-/// Newest firmware that still has a fixed display rate and no position offsets.
-extern const char lastFixedRateFirmware[];

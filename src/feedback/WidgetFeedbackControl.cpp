@@ -5,6 +5,7 @@
 #include "hardware/ConfigFile.h"
 #include "hardware/LoopConfiguration.h"
 #include "hardware/MailboxComm.h"
+#include "hardware/PidStatus.h"
 #include "ui_WidgetFeedbackControl.h"
 
 #include <QMessageBox>
@@ -12,6 +13,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 namespace {
@@ -42,19 +44,8 @@ constexpr StatisticsField statisticsTable[] = {
     {"i0StdFiltLineEdit", &BPMStatsBlock::i0StdFilt, nullptr, 'g', {4, 6}, " A"},
 };
 
-struct StatusRow
-{
-    PID_Status_Type status;
-    const char* text;
-    QLed::ledColor color;
-};
-
-constexpr StatusRow statusTable[] = {
-    {PidStatusOff, "Feedback OFF", QLed::Grey},
-    {PidStatusOutOfRoc, "FAULT: Out of ROC", QLed::Red},
-    {PidStatusBeamOff, "Beam OFF", QLed::Purple},
-    {PidStatusOn, "Feedback ON", QLed::Green},
-};
+constexpr QLed::ledColor statusColours[] = {QLed::Grey, QLed::Red, QLed::Purple, QLed::Green};
+static_assert(std::size(statusColours) == std::size(pidStatusTexts));
 
 } // namespace
 
@@ -150,12 +141,10 @@ void WidgetFeedbackControl::showStatistics(int bpm)
 
 void WidgetFeedbackControl::updateHeartbeat(PID_Status_Type PID_Status)
 {
-    for (const StatusRow& row : statusTable) {
-        if (row.status == PID_Status) {
-            ui->heartbeatLed->setOffColor(row.color);
-            ui->heartbeatLabel->setText(QString::fromLatin1(row.text));
-        }
-    }
+    if (PID_Status < 0 || PID_Status >= int(std::size(pidStatusTexts)))
+        return;
+    ui->heartbeatLed->setOffColor(statusColours[PID_Status]);
+    ui->heartbeatLabel->setText(QLatin1String(pidStatusTexts[PID_Status]));
 }
 
 void WidgetFeedbackControl::showFeedbackButton()

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hardware/PidStatus.h"
+#include "hardware/PidStatusMetaType.h"
 
 #include <QWidget>
 

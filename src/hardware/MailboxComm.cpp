@@ -1,7 +1,7 @@
 #include "hardware/MailboxComm.h"
 
 #include "app/Globals.h"
-#include "hardware/PidStatus.h"
+#include "hardware/PidStatusMetaType.h"
 #include "hardware/VersionText.h"
 #include "logging/Log.h"
 

@@ -1,8 +1,13 @@
 #include "hardware/VersionText.h"
 
-#include "app/Globals.h"
-
 #include <cstring>
+
+namespace {
+
+/// Newest firmware that still has a fixed display rate and no position offsets.
+constexpr char lastFixedRateFirmware[] = "1.0.02";
+
+} // namespace
 
 QString versionText(std::uint32_t packed)
 {

@@ -1,5 +1,5 @@
 #pragma once
 
-/// Tells the operator that the display stream is not there, and ends the program when control is back in the event
-/// loop: the one failure of hardware that does.
+/// What the stream calls when it is not there. A floor above has it: the program tells the operator, and ends when
+/// control is back in the event loop, the one failure of hardware that does so. GUI thread.
 void reportMissingStreamAndQuit();

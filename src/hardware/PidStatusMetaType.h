@@ -1,0 +1,7 @@
+#pragma once
+
+#include "hardware/koralink.h"
+
+#include <QMetaType>
+
+Q_DECLARE_METATYPE(PID_Status_Type)
