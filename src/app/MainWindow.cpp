@@ -17,6 +17,7 @@
 #include "graphs/WidgetGraphXY.h"
 #include "hardware/MailboxComm.h"
 #include "hardware/VersionText.h"
+#include "stream/SignalTable.h"
 #include "stream/Updater.h"
 #include "support/DialogLogin.h"
 #include "support/WindowDisplaySettings.h"
@@ -66,31 +67,20 @@ const ActionSlot actionSlots[] = {
     {&Ui::MainWindow::action_About, SLOT(showAboutDialog())},
 };
 
-/// Labels of one time-series graph. The fourth name of the second amplifier has no 2.
-struct TimeGraphLabels
-{
-    const char* yLabel;
-    std::initializer_list<const char*> names;
-};
-
-const TimeGraphLabels currents1Labels = {"Current [A]", {"Ionbar Ch1", "Ionbar Ch2", "Ionbar Ch3", "Ionbar Ch4"}};
-const TimeGraphLabels currents2Labels = {"Current [A]", {"Ionbar2 Ch1", "Ionbar2 Ch2", "Ionbar2 Ch3", "Ionbar Ch4"}};
-const TimeGraphLabels dacLabels = {"Voltage [V]", {"DAC Ch1", "DAC Ch2", "DAC Ch3", "DAC Ch4"}};
-const TimeGraphLabels posXLabels = {"Position [um]", {"X (BPM1)", "X (BPM2)", "X (LF)", "X (HF)"}};
-const TimeGraphLabels posYLabels = {"Position [um]", {"Y (BPM1)", "Y (BPM2)", "Y (LF)", "Y (HF)"}};
-const TimeGraphLabels intLabels = {"Intensity [A]", {"Int BPM1", "Int BPM2"}};
-
 /// Registers the traces of a time-series graph with the updater, then labels it.
 template <typename Graph>
-void connectTimeGraph(Graph* graph, int kind, const TimeGraphLabels& labels)
+void connectTimeGraph(Graph* graph, GraphKind kind)
 {
     QStringList names;
-    for (const char* name : labels.names) {
+    const std::vector<const StreamSignal*> traces = tracesOf(kind);
+    for (const StreamSignal* signal : traces) {
         updater->setGraphData(kind, names.size(), graph->dataMap(names.size()));
-        names.append(QLatin1String(name));
+        names.append(QLatin1String(signal->trace.legend));
     }
     QObject::connect(updater, SIGNAL(replotGraphs()), graph, SLOT(replot()));
-    graph->setLabels(QStringLiteral("Time [s]"), QLatin1String(labels.yLabel), names);
+    const Quantity quantity = traces.front()->quantity;
+    graph->setLabels(QStringLiteral("Time [s]"),
+                     QStringLiteral("%1 [%2]").arg(QLatin1String(quantity.name), QLatin1String(quantity.unit)), names);
 }
 
 /// Fills an existing dock, or makes one, and puts it behind the tabs of another dock.
@@ -118,8 +108,8 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(std::make_uniq
     fillFormDocks();
     connectActions();
     connectDeviceMask();
-    connectXyGraph(graphXY1, Updater::KindXY1);
-    connectXyGraph(graphXY2, Updater::KindXY2);
+    connectXyGraph(graphXY1, KindXY1);
+    connectXyGraph(graphXY2, KindXY2);
     connectFftGraph();
     connectTimeGraphs();
     arrangeDocks();
@@ -147,18 +137,18 @@ void MainWindow::createWidgets()
     graphFFT = new WidgetGraphFFT(this);
     feedbackControl = new WidgetFeedbackControl(this);
     pidCtrl = new WidgetPidCtrl(this);
-    graphCurrents1 = new WidgetGraphCurrents(this, 4);
-    graphCurrents2 = new WidgetGraphCurrents(this, 4);
-    graphDAC = new WidgetGraphCurrents(this, 4);
+    graphCurrents1 = new WidgetGraphCurrents(this, traceCount(KindCurrents1), KindCurrents1);
+    graphCurrents2 = new WidgetGraphCurrents(this, traceCount(KindCurrents2), KindCurrents2);
+    graphDAC = new WidgetGraphCurrents(this, traceCount(KindDAC), KindDAC);
     dockCurrents1 = new QDockWidget(QStringLiteral("Graph Currents BPM1"), this);
     dockCurrents1->setObjectName(QStringLiteral("dockCurrents1"));
     dockCurrents1->hide();
     dockCurrents2 = new QDockWidget(QStringLiteral("Graph Currents BPM2"), this);
     dockCurrents2->setObjectName(QStringLiteral("dockCurrents2"));
     dockCurrents2->hide();
-    graphPosX = new WidgetGraphPos(this, 0, 4);
-    graphPosY = new WidgetGraphPos(this, 1, 4);
-    graphInt = new WidgetGraphInt(this, 2);
+    graphPosX = new WidgetGraphPos(this, 0, traceCount(KindPosX));
+    graphPosY = new WidgetGraphPos(this, 1, traceCount(KindPosY));
+    graphInt = new WidgetGraphInt(this, traceCount(KindInt));
 }
 
 void MainWindow::createWindows()
@@ -215,7 +205,7 @@ void MainWindow::connectXyGraph(WidgetGraphXY* graph, int kind)
 
 void MainWindow::connectFftGraph()
 {
-    updater->setGraphData(Updater::KindFFT, 0, graphFFT->dataMap());
+    updater->setGraphData(KindFFT, 0, graphFFT->dataMap());
     connect(updater, SIGNAL(replotGraphs()), graphFFT, SLOT(replot()));
 }
 
@@ -227,17 +217,17 @@ void MainWindow::connectTimeGraphs()
     auto* dockInt = new QDockWidget(QStringLiteral("Graph Intensity"), this);
 
     placeBehindTabs(this, ui->dockFFT, dockCurrents1, graphCurrents1);
-    connectTimeGraph(graphCurrents1, Updater::KindCurrents1, currents1Labels);
+    connectTimeGraph(graphCurrents1, KindCurrents1);
     placeBehindTabs(this, ui->dockFFT, dockCurrents2, graphCurrents2);
-    connectTimeGraph(graphCurrents2, Updater::KindCurrents2, currents2Labels);
+    connectTimeGraph(graphCurrents2, KindCurrents2);
     placeBehindTabs(this, ui->dockFFT, dockDac, graphDAC);
-    connectTimeGraph(graphDAC, Updater::KindDAC, dacLabels);
+    connectTimeGraph(graphDAC, KindDAC);
     placeBehindTabs(this, ui->dockFFT, dockPosX, graphPosX);
-    connectTimeGraph(graphPosX, Updater::KindPosX, posXLabels);
+    connectTimeGraph(graphPosX, KindPosX);
     placeBehindTabs(this, ui->dockFFT, dockPosY, graphPosY);
-    connectTimeGraph(graphPosY, Updater::KindPosY, posYLabels);
+    connectTimeGraph(graphPosY, KindPosY);
     placeBehindTabs(this, ui->dockFFT, dockInt, graphInt);
-    connectTimeGraph(graphInt, Updater::KindInt, intLabels);
+    connectTimeGraph(graphInt, KindInt);
 
     graphPosX->chEnablesChanged();
     graphPosY->chEnablesChanged();

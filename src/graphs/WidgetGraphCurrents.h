@@ -8,7 +8,8 @@ class WidgetGraphCurrents : public WidgetGraphTime
     Q_OBJECT
 
 public:
-    WidgetGraphCurrents(QWidget* parent, int channels);
+    /// @param graph KindCurrents1, KindCurrents2 or KindDAC
+    WidgetGraphCurrents(QWidget* parent, int channels, GraphKind graph = KindCurrents1);
 
 public slots:
     void replot();

@@ -4,24 +4,28 @@
 #include "graphs/ClickedPlace.h"
 #include "graphs/PlotRedraw.h"
 #include "graphs/PlotTheme.h"
-#include "graphs/SpectrumSignals.h"
 #include "graphs/TraceGraph.h"
+#include "stream/SignalTable.h"
 #include "stream/Updater.h"
 #include "ui_WidgetGraphFFT.h"
-
-#include <algorithm>
-#include <iterator>
 
 namespace {
 
 constexpr double tracePenWidth = 2.0;
 constexpr int subTicksPerDecade = 8;
 
-const SpectrumSignal& signalOf(const QString& text)
+/// What a text that names no signal stands for.
+constexpr int otherSlot = SlotPos1X;
+constexpr unsigned int otherColour = 0xffffff;
+
+/// @return null for a text that names no signal
+const StreamSignal* signalOf(const QString& text)
 {
-    const auto* found = std::find_if(std::begin(spectrumSignals), std::end(spectrumSignals),
-                                     [&](const SpectrumSignal& signal) { return text == QLatin1String(signal.text); });
-    return found == std::end(spectrumSignals) ? otherSpectrumSignal : *found;
+    for (const StreamSignal& signal : signalTable) {
+        if (signal.spectrum.text && text == QLatin1String(signal.spectrum.text))
+            return &signal;
+    }
+    return nullptr;
 }
 
 /// A logarithmic axis gets ticks at the powers of ten.
@@ -43,6 +47,10 @@ void setScale(QCPAxis* axis, bool logarithmic)
 WidgetGraphFFT::WidgetGraphFFT(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::WidgetGraphFFT>())
 {
     ui->setupUi(this);
+    for (const StreamSignal& signal : signalTable) {
+        if (signal.spectrum.text)
+            ui->selectorComboBox->addItem(QLatin1String(signal.spectrum.text));
+    }
     plot_theme::drawPlain(ui->graph);
     plotRedraw = new PlotRedraw(ui->graph);
     trace = new TraceGraph(ui->graph->xAxis, ui->graph->yAxis);
@@ -117,9 +125,9 @@ void WidgetGraphFFT::graphClicked(QMouseEvent* event)
 
 void WidgetGraphFFT::fftSelectorChanged(QString selector)
 {
-    const SpectrumSignal& signal = signalOf(selector);
-    updater->setFFTchannel(signal.slot);
-    trace->setPen(QPen(QColor(signal.colour), tracePenWidth));
+    const StreamSignal* signal = signalOf(selector);
+    updater->setFFTchannel(signal ? signal->slot() : otherSlot);
+    trace->setPen(QPen(QColor(signal ? signal->spectrum.colour : otherColour), tracePenWidth));
 }
 
 void WidgetGraphFFT::resizeEvent(QResizeEvent* event)

@@ -1,17 +1,8 @@
 #include "graphs/WidgetGraphInt.h"
 
-namespace {
-
-constexpr TimeGraphTraits traits = {{
-    {"Intensity BPM1", true, false, 0xffff87},
-    {"Intensity BPM2", false, true, 0xff82ff},
-}};
-
-} // namespace
-
 WidgetGraphInt::WidgetGraphInt(QWidget* parent, int channels) : WidgetGraphTime(parent)
 {
-    build(traits, qMin(channels, 2));
+    build(KindInt, channels);
 }
 
 void WidgetGraphInt::setChannelHidden(bool first, bool second)

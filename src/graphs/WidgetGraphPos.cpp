@@ -5,26 +5,13 @@
 
 namespace {
 
-constexpr TimeGraphTraits traits[2] = {
-    {{
-        {"Pos X (BPM1)", true, false, 0xffff87},
-        {"Pos X (BPM2)", true, false, 0xff82ff},
-        {"Pos X (LF)", false, false, 0x82ff82},
-        {"Pos X (HF)", false, false, 0xff9933},
-    }},
-    {{
-        {"Pos Y (BPM1)", true, false, 0xffff87},
-        {"Pos Y (BPM2)", true, false, 0xff82ff},
-        {"Pos Y (LF)", false, false, 0x82ff82},
-        {"Pos Y (HF)", false, false, 0xff9933},
-    }},
-};
-
 /// Whether the devices behind a trace are there.
-bool hasSource(int channel, int deviceMask)
+bool hasSource(SignalSource source, int deviceMask)
 {
-    if (channel < 2)
-        return deviceMask == 3 || deviceMask == channel + 1;
+    if (source == SignalSource::Monitor1)
+        return deviceMask == 3 || deviceMask == 1;
+    if (source == SignalSource::Monitor2)
+        return deviceMask == 3 || deviceMask == 2;
     return deviceMask >= 1 && deviceMask <= 3;
 }
 
@@ -32,7 +19,7 @@ bool hasSource(int channel, int deviceMask)
 
 WidgetGraphPos::WidgetGraphPos(QWidget* parent, int axis, int channels) : WidgetGraphTime(parent)
 {
-    build(traits[axis == 0 ? 0 : 1], channels);
+    build(axis == 0 ? KindPosX : KindPosY, channels);
 }
 
 void WidgetGraphPos::setChannelHidden(bool first, bool second)
@@ -48,7 +35,7 @@ void WidgetGraphPos::replot()
 void WidgetGraphPos::chEnablesChanged()
 {
     const int deviceMask = mailbox->nrIonBars;
-    for (int channel = 0; channel < channelCount; ++channel)
-        showTrace(channel, isChecked(channel) && hasSource(channel, deviceMask));
+    for (int channel = 0; channel < channelCount(); ++channel)
+        showTrace(channel, isChecked(channel) && hasSource(sourceOf(channel), deviceMask));
     redraw();
 }

@@ -4,57 +4,60 @@
 #include "graphs/PlotRedraw.h"
 #include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
-#include "stream/DisplayRecord.h"
+#include "stream/SignalTable.h"
 #include "ui_WidgetGraphTime.h"
 
-WidgetGraphTime::WidgetGraphTime(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::WidgetGraphTime>())
-{
-    ui->setupUi(this);
-    plotRedraw = new PlotRedraw(ui->graph);
-}
+#include <QCheckBox>
+
+WidgetGraphTime::WidgetGraphTime(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::WidgetGraphTime>()) {}
 
 WidgetGraphTime::~WidgetGraphTime() = default;
 
-void WidgetGraphTime::build(const TimeGraphTraits& traits, int channels)
+void WidgetGraphTime::build(GraphKind graph, int channels)
 {
-    channelCount = qBound(0, channels, TimeGraphTraits::maxChannels);
+    // Before the form, since the Tab key goes through widgets as they were made.
+    makeCheckBoxes(graph, channels);
+    ui->setupUi(this);
+    plotRedraw = new PlotRedraw(ui->graph);
     plot_theme::drawPlain(ui->graph);
-    buildCheckBoxes(traits);
-    buildTraces(traits);
+    connectCheckBoxes();
+    buildTraces();
     plot_theme::setGradient(ui->graph, plot_theme::firstGradientHeight);
     plot_theme::showLegend(ui->graph);
     buildAxes();
     plot_theme::allowVerticalZoomAndSelection(ui->graph);
 }
 
-void WidgetGraphTime::buildCheckBoxes(const TimeGraphTraits& traits)
+void WidgetGraphTime::makeCheckBoxes(GraphKind graph, int channels)
 {
-    boxes[0] = ui->CheckCh1;
-    boxes[1] = ui->CheckCh2;
-    boxes[2] = ui->CheckCh3;
-    boxes[3] = ui->CheckCh4;
-    for (int channel = channelCount; channel < TimeGraphTraits::maxChannels; ++channel) {
-        delete boxes[channel];
-        boxes[channel] = nullptr;
-    }
-    for (int channel = 0; channel < channelCount; ++channel) {
-        const TimeGraphTraits::Trace& trace = traits.traces[channel];
-        if (trace.checkBoxText)
-            boxes[channel]->setText(QLatin1String(trace.checkBoxText));
-        boxes[channel]->setChecked(trace.checked);
-        boxes[channel]->setHidden(trace.boxHidden);
-        connect(boxes[channel], SIGNAL(toggled(bool)), this, SLOT(chEnablesChanged()));
+    for (const StreamSignal* signal : tracesOf(graph)) {
+        if (channelCount() == channels)
+            break;
+        auto* box = new QCheckBox(QLatin1String(signal->trace.checkBox), this);
+        box->setObjectName(QStringLiteral("CheckCh%1").arg(channelCount() + 1));
+        box->setToolTip(QStringLiteral("Shows or hides this trace."));
+        traces.push_back({signal, box, nullptr, nullptr});
     }
 }
 
-void WidgetGraphTime::buildTraces(const TimeGraphTraits& traits)
+void WidgetGraphTime::connectCheckBoxes()
 {
-    for (int channel = 0; channel < channelCount; ++channel) {
-        auto* trace = new TraceGraph(ui->graph->xAxis, ui->graph->yAxis);
-        trace->setAntialiased(false);
-        trace->setPen(QPen(QColor(traits.traces[channel].colour), 1.0));
-        traceGraphs[channel] = trace;
-        dataMaps[channel] = trace->shareNewData();
+    for (int channel = 0; channel < channelCount(); ++channel) {
+        const Trace& trace = traces[std::size_t(channel)];
+        ui->boxes->insertWidget(channel, trace.box);
+        trace.box->setChecked(trace.signal->trace.box == BoxState::Checked);
+        trace.box->setHidden(trace.signal->trace.box == BoxState::UncheckedAndHidden);
+        connect(trace.box, SIGNAL(toggled(bool)), this, SLOT(chEnablesChanged()));
+    }
+}
+
+void WidgetGraphTime::buildTraces()
+{
+    for (Trace& trace : traces) {
+        trace.graph = new TraceGraph(ui->graph->xAxis, ui->graph->yAxis);
+        trace.graph->setAntialiased(false);
+        trace.graph->setPen(QPen(QColor(trace.signal->trace.colour), 1.0));
+        trace.data = trace.graph->shareNewData();
     }
     ui->graph->yAxis->setRange(-5e-5, 5e-5);
     // Without a rate there is no time range; the plot then keeps its own, as it does when a window takes less than
@@ -77,8 +80,8 @@ void WidgetGraphTime::setLabels(QString xLabel, QString yLabel, QStringList name
 {
     ui->graph->xAxis->setLabel(xLabel);
     ui->graph->yAxis->setLabel(yLabel);
-    for (int channel = 0; channel < qMin(channelCount, names.size()); ++channel)
-        traceGraphs[channel]->setName(names.at(channel));
+    for (int channel = 0; channel < qMin(channelCount(), names.size()); ++channel)
+        traces[std::size_t(channel)].graph->setName(names.at(channel));
     redraw();
 }
 
@@ -93,17 +96,17 @@ void WidgetGraphTime::rescaleAndRedraw()
 
 bool WidgetGraphTime::isChecked(int channel) const
 {
-    return boxes[channel]->isChecked();
+    return traces[std::size_t(channel)].box->isChecked();
 }
 
 void WidgetGraphTime::showTrace(int channel, bool shown)
 {
-    traceGraphs[channel]->setVisible(shown);
+    traces[std::size_t(channel)].graph->setVisible(shown);
 }
 
 void WidgetGraphTime::showCheckedTraces()
 {
-    for (int channel = 0; channel < channelCount; ++channel)
+    for (int channel = 0; channel < channelCount(); ++channel)
         showTrace(channel, isChecked(channel));
     redraw();
 }
@@ -115,8 +118,8 @@ void WidgetGraphTime::redraw()
 
 void WidgetGraphTime::hideBoxes(bool first, bool second)
 {
-    ui->CheckCh1->setHidden(first);
-    ui->CheckCh2->setHidden(second);
+    traces[0].box->setHidden(first);
+    traces[1].box->setHidden(second);
 }
 
 void WidgetGraphTime::resizeEvent(QResizeEvent* event)

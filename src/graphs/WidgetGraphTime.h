@@ -1,11 +1,13 @@
 #pragma once
 
 #include "stream/PlotData.h"
+#include "stream/StreamSignal.h"
 
 #include <QStringList>
 #include <QWidget>
 
 #include <memory>
+#include <vector>
 
 class PlotRedraw;
 class QCheckBox;
@@ -15,30 +17,16 @@ namespace Ui {
 class WidgetGraphTime;
 }
 
-/// What one of the time-series graphs is made of.
-struct TimeGraphTraits
-{
-    static constexpr int maxChannels = 4;
-
-    struct Trace
-    {
-        const char* checkBoxText; ///< null keeps the form's
-        bool checked;
-        bool boxHidden;
-        unsigned int colour; ///< 0xRRGGBB
-    };
-    Trace traces[maxChannels];
-};
-
 /// Common base of the graphs that show the stream against time: one plot below a row of check boxes that choose the
-/// traces. It decodes nothing: Updater writes into the data of the traces. GUI thread only.
+/// traces. Which traces there are, and what they look like, signalTable says. It decodes nothing: Updater writes into
+/// the data of the traces. GUI thread only.
 class WidgetGraphTime : public QWidget
 {
 public:
     ~WidgetGraphTime() override;
 
     /// Data of one trace, for registration with Updater; owned by the plot.
-    QCPDataMap* dataMap(int channel) const { return dataMaps[channel]; }
+    QCPDataMap* dataMap(int channel) const { return traces[std::size_t(channel)].data; }
 
     /// @param names of the traces in the legend, one per trace
     void setLabels(QString xLabel, QString yLabel, QStringList names);
@@ -47,7 +35,8 @@ protected:
     explicit WidgetGraphTime(QWidget* parent);
 
     /// Called by the constructor of the derived class, whose slot chEnablesChanged() it connects.
-    void build(const TimeGraphTraits& traits, int channels);
+    /// @param channels the first so many traces of the graph; no more than it has
+    void build(GraphKind graph, int channels);
 
     /// Follows the data if autoscale is on, and has the plot redrawn.
     void rescaleAndRedraw();
@@ -61,16 +50,24 @@ protected:
 
     void resizeEvent(QResizeEvent* event) override;
 
-    int channelCount = 0;
+    int channelCount() const { return int(traces.size()); }
+    SignalSource sourceOf(int channel) const { return traces[std::size_t(channel)].signal->source; }
 
 private:
-    void buildCheckBoxes(const TimeGraphTraits& traits);
-    void buildTraces(const TimeGraphTraits& traits);
+    struct Trace
+    {
+        const StreamSignal* signal;
+        QCheckBox* box;
+        TraceGraph* graph;
+        QCPDataMap* data;
+    };
+
+    void makeCheckBoxes(GraphKind graph, int channels);
+    void connectCheckBoxes();
+    void buildTraces();
     void buildAxes();
 
-    QCPDataMap* dataMaps[TimeGraphTraits::maxChannels] = {};
-    TraceGraph* traceGraphs[TimeGraphTraits::maxChannels] = {};
-    QCheckBox* boxes[TimeGraphTraits::maxChannels] = {};
+    std::vector<Trace> traces;
     std::unique_ptr<Ui::WidgetGraphTime> ui;
-    PlotRedraw* plotRedraw;
+    PlotRedraw* plotRedraw = nullptr;
 };

@@ -1,12 +1,11 @@
 #include "stream/Spectrum.h"
 
 #include "stream/GraphDataWriter.h"
-#include "stream/TraceDecoder.h"
-#include "stream/Updater.h"
 
 #include <fftw3.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <numeric>
@@ -50,6 +49,11 @@ double binKey(int rate, int bin, int length)
 }
 
 } // namespace
+
+double fftw_abs(double* c)
+{
+    return std::sqrt(c[0] * c[0] + c[1] * c[1]);
+}
 
 void computeSpectrum(const DisplayRecord* block, int count, const SpectrumSettings& settings, QCPDataMap* map)
 {

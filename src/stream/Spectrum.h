@@ -3,6 +3,9 @@
 #include "stream/DisplayRecord.h"
 #include "stream/PlotData.h"
 
+/// Magnitude of a complex value as FFTW stores it: c[0] the real, c[1] the imaginary part.
+double fftw_abs(double* c);
+
 struct SpectrumSettings
 {
     int length;    ///< points of the transform; less than one gives an empty spectrum

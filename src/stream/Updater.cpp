@@ -5,12 +5,10 @@
 #include "logging/Log.h"
 #include "stream/DeviceFile.h"
 #include "stream/MissingStream.h"
-#include "stream/Spectrum.h"
+#include "stream/SignalTable.h"
 #include "stream/TraceDecoder.h"
-#include "stream/TraceTable.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <fcntl.h>
 #include <iterator>
@@ -19,29 +17,21 @@ namespace {
 
 constexpr std::size_t bufferBytes = 0x2000000;
 
-double factorOf(SlotScale scale)
+static_assert(traceCount(KindCurrents1) == traceCount(KindCurrents2), "both have their traces in dataCurrents");
+
+/// Position slots of the two monitors, X and Y, for the XY clouds.
+constexpr int cloudSlots[2][2] = {{SlotPos1X, SlotPos1Y}, {SlotPos2X, SlotPos2Y}};
+
+/// Factor of a slot that the spectrum offers, 1 for any other.
+double spectrumFactor(int slot)
 {
-    switch (scale) {
-    case SlotScale::Bpm1X:
-        return bpmScaleX[0];
-    case SlotScale::Bpm1Y:
-        return bpmScaleY[0];
-    case SlotScale::Bpm2X:
-        return bpmScaleX[1];
-    case SlotScale::Bpm2Y:
-        return bpmScaleY[1];
-    case SlotScale::None:
-        break;
-    }
-    return 1.0;
+    const auto* found =
+        std::find_if(std::begin(signalTable), std::end(signalTable),
+                     [slot](const StreamSignal& signal) { return signal.spectrum.text && signal.slot() == slot; });
+    return found == std::end(signalTable) ? 1.0 : factorOf(found->scale, bpmScaleX, bpmScaleY);
 }
 
 } // namespace
-
-double fftw_abs(double* c)
-{
-    return std::sqrt(c[0] * c[0] + c[1] * c[1]);
-}
 
 Updater::Updater() : buffer(std::malloc(bufferBytes)) {}
 
@@ -130,10 +120,11 @@ void Updater::fetchWindow(int records)
 void Updater::decodeTraces(int records)
 {
     std::vector<TraceTarget> targets;
-    targets.reserve(timeTraceCount);
-    for (const TimeTrace& trace : timeTraces) {
-        if (QCPDataMap* map = *registered(trace.kind, trace.channel))
-            targets.push_back({map, trace.slot, factorOf(trace.scale)});
+    for (const StreamSignal& signal : signalTable) {
+        if (signal.trace.graph == KindNone)
+            continue;
+        if (QCPDataMap* map = *registered(signal.trace.graph, channelOf(signal)))
+            targets.push_back({map, signal.slot(), factorOf(signal.scale, bpmScaleX, bpmScaleY)});
     }
     decodeTimeTraces(static_cast<const DisplayRecord*>(buffer), records, SAMP_FREQ, targets);
 }
@@ -152,7 +143,7 @@ void Updater::transform(int records)
     SpectrumSettings settings;
     settings.length = fftLength;
     settings.slot = fftChannel;
-    settings.factor = fftChannel == SlotPos1X ? bpmScaleX[0] : fftChannel == SlotPos1Y ? bpmScaleY[0] : 1.0;
+    settings.factor = spectrumFactor(fftChannel);
     settings.removeDC = removeDC;
     settings.rate = SAMP_FREQ;
     computeSpectrum(static_cast<const DisplayRecord*>(buffer), records, settings, dataFFT);

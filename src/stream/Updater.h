@@ -1,35 +1,21 @@
 #pragma once
 
-#include "hardware/PidStatus.h"
+#include "hardware/PidStatusMetaType.h"
 #include "stream/DeviceRecords.h"
 #include "stream/PlotData.h"
+#include "stream/SignalTable.h"
+#include "stream/Spectrum.h"
 
 #include <QObject>
 
-/// Magnitude of a complex value as FFTW stores it: c[0] the real, c[1] the imaginary part.
-double fftw_abs(double* c);
-
 /// Turns the display stream into what the screens plot: once a second it fetches one window of records, rewrites
-/// the data of every registered trace, computes one spectrum and tells the graphs to redraw. GUI thread only.
+/// the data of every registered trace, computes one spectrum and tells the graphs to redraw. Which signal goes to which
+/// trace, signalTable says. GUI thread only.
 class Updater : public QObject
 {
     Q_OBJECT
 
 public:
-    /// What setGraphData() registers. The numbers are fixed.
-    enum GraphKind
-    {
-        KindXY1 = 0,
-        KindXY2 = 1,
-        KindFFT = 2,
-        KindCurrents1 = 3,
-        KindCurrents2 = 4,
-        KindPosX = 7,
-        KindPosY = 8,
-        KindInt = 9,
-        KindDAC = 10
-    };
-
     Updater();
     ~Updater() override;
 
@@ -47,11 +33,11 @@ public:
     bool paused = false;
     QCPDataMap* dataXY[2] = {};
     QCPDataMap* dataFFT = nullptr;
-    QCPDataMap* dataCurrents[2][4] = {};
-    QCPDataMap* dataDAC[4] = {};
-    QCPDataMap* dataPosX[4] = {};
-    QCPDataMap* dataPosY[4] = {};
-    QCPDataMap* dataInt[2] = {};
+    QCPDataMap* dataCurrents[2][traceCount(KindCurrents1)] = {};
+    QCPDataMap* dataDAC[traceCount(KindDAC)] = {};
+    QCPDataMap* dataPosX[traceCount(KindPosX)] = {};
+    QCPDataMap* dataPosY[traceCount(KindPosY)] = {};
+    QCPDataMap* dataInt[traceCount(KindInt)] = {};
     void* buffer;
     /// Points of the transform.
     int fftLength = 1024;

@@ -4,9 +4,9 @@
 #include "stream/DeviceFile.h"
 #include "stream/DeviceRecords.h"
 #include "stream/DisplayRecord.h"
-
 #include "ui_WindowSaveData.h"
 
+#include <QCheckBox>
 #include <QDateTime>
 #include <QFile>
 #include <QFileDialog>
@@ -17,11 +17,26 @@
 
 #include <fcntl.h>
 
+#include <map>
 #include <vector>
+
+namespace {
+
+QString toolTipOf(const StreamSignal& signal)
+{
+    const bool micrometres = signal.scale != SignalScale::None;
+    return QStringLiteral("%1, %2.").arg(QLatin1String(signal.meaning),
+                                         micrometres ? QStringLiteral("µm") : QLatin1String(signal.quantity.unit));
+}
+
+} // namespace
 
 WindowSaveData::WindowSaveData(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowSaveData>())
 {
+    // Before the form, since the Tab key goes through widgets as they were made.
+    makeCheckBoxes();
     ui->setupUi(this);
+    placeCheckBoxes();
     // Enter in a field saves; it does not open the file dialog.
     ui->buttonBox->addButton(QStringLiteral("Save"), QDialogButtonBox::ApplyRole)->setDefault(true);
 
@@ -88,15 +103,30 @@ void WindowSaveData::saveData(QAbstractButton* button)
                              QStringLiteral(": Saved as: ") + path);
 }
 
+void WindowSaveData::makeCheckBoxes()
+{
+    for (const StreamSignal& signal : signalTable) {
+        if (!signal.column.object)
+            continue;
+        auto* box = new QCheckBox(QLatin1String(signal.column.checkBox), this);
+        box->setObjectName(QLatin1String(signal.column.object));
+        box->setToolTip(toolTipOf(signal));
+        box->setChecked(signal.column.box == BoxState::Checked);
+        boxes.push_back({&signal, box});
+    }
+}
+
+void WindowSaveData::placeCheckBoxes()
+{
+    std::map<SignalSource, int> rows;
+    for (const Box& box : boxes)
+        ui->channelLayout->addWidget(box.widget, rows[box.signal->source]++, int(box.signal->source));
+}
+
 void WindowSaveData::readChannels()
 {
-    const QCheckBox* const boxes[save_data::channelCount] = {
-        ui->checkIonBarch1,   ui->checkIonBarch2,   ui->checkIonBarch3,   ui->checkIonBarch4, ui->checkIonBarch1_2,
-        ui->checkIonBarch2_2, ui->checkIonBarch3_2, ui->checkIonBarch4_2, ui->checkAnvoltch1, ui->checkAnvoltch2,
-        ui->checkAnvoltch3,   ui->checkBPMposX,     ui->checkBPMposY,     ui->checkBPMi0,     ui->checkBPMposX_2,
-        ui->checkBPMposY_2,   ui->checkBPMi0_2};
-    for (int i = 0; i < save_data::channelCount; ++i)
-        channelEnabled[i] = boxes[i]->isChecked();
+    for (std::size_t i = 0; i < boxes.size(); ++i)
+        channelEnabled[i] = boxes[i].widget->isChecked();
 }
 
 void WindowSaveData::write(QFile& file, const DisplayRecord* block)

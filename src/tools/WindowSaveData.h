@@ -5,8 +5,10 @@
 #include <QDialog>
 
 #include <memory>
+#include <vector>
 
 class QAbstractButton;
+class QCheckBox;
 class QFile;
 
 namespace Ui {
@@ -37,9 +39,18 @@ private slots:
     void getPath();
 
 private:
+    struct Box
+    {
+        const StreamSignal* signal;
+        QCheckBox* widget;
+    };
+
+    void makeCheckBoxes();
+    void placeCheckBoxes();
     void readChannels();
     void write(QFile& file, const DisplayRecord* block);
 
     std::unique_ptr<Ui::WindowSaveData> ui;
+    std::vector<Box> boxes; ///< in the order of channelEnabled
     bool channelEnabled[save_data::channelCount] = {};
 };

@@ -13,6 +13,31 @@
 
 #include <cmath>
 
+namespace {
+
+/// How many times wider than its neighbours need it a trace may make an axis. At ten times their noise is still dozens
+/// of pixels high.
+constexpr double largestShareOfOneTrace = 10;
+
+/// What the value axis has to span for all visible traces but one.
+QCPRange rangeOfVisibleTraces(const QCustomPlot* plot, const QCPGraph* without)
+{
+    QCPRange range;
+    bool first = true;
+    for (int channel = 0; channel < plot->graphCount(); ++channel) {
+        const QCPGraph* trace = plot->graph(channel);
+        bool found = false;
+        const QCPRange own = trace->getValueRange(found);
+        if (trace == without || !trace->visible() || !found)
+            continue;
+        range = first ? own : range.expanded(own);
+        first = false;
+    }
+    return range;
+}
+
+} // namespace
+
 class LiveDisplayTest : public QObject
 {
     Q_OBJECT
@@ -48,6 +73,34 @@ private slots:
             QVERIFY(position.deviation > 0.01 && position.deviation < 100);
             QVERIFY(std::abs(position.mean) < 1000);
         }
+    }
+
+    void tracesThatAreShownFromTheStartLeaveEachOtherReadable_data()
+    {
+        QTest::addColumn<QString>("dock");
+        for (const char* dock : {"Graph Currents BPM1", "Graph Currents BPM2", "Graph DAC", "Graph Position X",
+                                 "Graph Position Y", "Graph Intensity"})
+            QTest::newRow(dock) << QString::fromLatin1(dock);
+    }
+    void tracesThatAreShownFromTheStartLeaveEachOtherReadable()
+    {
+        QFETCH(QString, dock);
+        session->tick(15);
+        const QCustomPlot* plot = session->plotOf(dock);
+        int shown = 0;
+        for (int channel = 0; channel < plot->graphCount(); ++channel) {
+            if (!plot->graph(channel)->visible())
+                continue;
+            ++shown;
+            const double all = rangeOfVisibleTraces(plot, nullptr).size();
+            const double others = rangeOfVisibleTraces(plot, plot->graph(channel)).size();
+            QVERIFY2(others == 0 || all < largestShareOfOneTrace * others,
+                     qPrintable(QStringLiteral("%1 spreads the axis over %2, the others need %3")
+                                    .arg(plot->graph(channel)->name())
+                                    .arg(all)
+                                    .arg(others)));
+        }
+        QVERIFY(shown >= 2);
     }
 
     void theNextSecondShowsOtherData()

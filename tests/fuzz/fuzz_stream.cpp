@@ -54,18 +54,18 @@ struct Traces
 
     void registerWith(Updater& updater)
     {
-        add(updater, Updater::KindXY1, 0, clouds[0]);
-        add(updater, Updater::KindXY2, 0, clouds[1]);
-        add(updater, Updater::KindFFT, 0, spectrum);
+        add(updater, KindXY1, 0, clouds[0]);
+        add(updater, KindXY2, 0, clouds[1]);
+        add(updater, KindFFT, 0, spectrum);
         for (int channel = 0; channel < 4; ++channel) {
-            add(updater, Updater::KindCurrents1, channel, currents[0][channel]);
-            add(updater, Updater::KindCurrents2, channel, currents[1][channel]);
-            add(updater, Updater::KindDAC, channel, dac[channel]);
-            add(updater, Updater::KindPosX, channel, x[channel]);
-            add(updater, Updater::KindPosY, channel, y[channel]);
+            add(updater, KindCurrents1, channel, currents[0][channel]);
+            add(updater, KindCurrents2, channel, currents[1][channel]);
+            add(updater, KindDAC, channel, dac[channel]);
+            add(updater, KindPosX, channel, x[channel]);
+            add(updater, KindPosY, channel, y[channel]);
         }
         for (int channel = 0; channel < 2; ++channel)
-            add(updater, Updater::KindInt, channel, intensity[channel]);
+            add(updater, KindInt, channel, intensity[channel]);
     }
     void add(Updater& updater, int kind, int channel, QCPDataMap& map)
     {

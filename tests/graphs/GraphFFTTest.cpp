@@ -245,7 +245,7 @@ private slots:
 
     void theSpectrumThatIsShownIsThatOfTheChosenSignal()
     {
-        updater->setGraphData(Updater::KindFFT, 0, graph->dataMap());
+        updater->setGraphData(KindFFT, 0, graph->dataMap());
         QObject::connect(updater, SIGNAL(replotGraphs()), graph.get(), SLOT(replot()));
         koralink_double::answers().fillBlock = [](DisplayRecord* block, int count) {
             for (int record = 0; record < count; ++record) {

@@ -74,8 +74,8 @@ private slots:
         }
         board->tabifyDockWidget(docks[0], docks[1]);
         docks[0]->raise();
-        connectToStream(currents, Updater::KindCurrents1);
-        connectToStream(outputs, Updater::KindDAC);
+        connectToStream(currents, KindCurrents1);
+        connectToStream(outputs, KindDAC);
         board->resize(800, 500);
         board->show();
         QVERIFY(QTest::qWaitForWindowExposed(board.get()));

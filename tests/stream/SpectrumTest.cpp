@@ -60,7 +60,7 @@ private slots:
     void init()
     {
         window = std::make_unique<Window>();
-        spectrum = window->registered(Updater::KindFFT);
+        spectrum = window->registered(KindFFT);
         Window::setSlots([](int record, int slot) { return scramble(record * 32 + slot); });
     }
     void cleanup() { window.reset(); }

@@ -23,14 +23,14 @@ private:
 
     std::vector<QCPDataMap*> registerEverything()
     {
-        std::vector<QCPDataMap*> maps = {window->registered(Updater::KindXY1), window->registered(Updater::KindXY2),
-                                         window->registered(Updater::KindFFT)};
+        std::vector<QCPDataMap*> maps = {window->registered(KindXY1), window->registered(KindXY2),
+                                         window->registered(KindFFT)};
         for (int kind : {3, 4, 7, 8, 10}) {
             for (int channel = 0; channel < 4; ++channel)
                 maps.push_back(window->registered(kind, channel));
         }
-        maps.push_back(window->registered(Updater::KindInt, 0));
-        maps.push_back(window->registered(Updater::KindInt, 1));
+        maps.push_back(window->registered(KindInt, 0));
+        maps.push_back(window->registered(KindInt, 1));
         return maps;
     }
 
@@ -86,7 +86,7 @@ private slots:
     void aShortCountTellsTheOperatorAndEndsTheProgram()
     {
         MessageBoxes boxes;
-        QCPDataMap* trace = window->registered(Updater::KindInt);
+        QCPDataMap* trace = window->registered(KindInt);
         QSignalSpy replots(updater, SIGNAL(replotGraphs()));
         answers().deliveredRecords = 14335;
         QTimer::singleShot(0, updater, SLOT(updateGraphs()));
@@ -182,7 +182,7 @@ private slots:
 
     void aWindowBeyondTheBufferIsCutToIt()
     {
-        QCPDataMap* trace = window->registered(Updater::KindInt);
+        QCPDataMap* trace = window->registered(KindInt);
         dispBufferBytes = INT_MAX - 255;
         updater->updateGraphs();
         QCOMPARE(trace->size(), 0x2000000 / 256);

@@ -109,7 +109,7 @@ private slots:
 
     void keysKeepTheRoundingOfSinglePrecision()
     {
-        QCPDataMap* map = window->registered(Updater::KindInt);
+        QCPDataMap* map = window->registered(KindInt);
         SAMP_FREQ = 777;
         updater->updateGraphs();
         const double key = map->at(1000)->key;
@@ -120,7 +120,7 @@ private slots:
 
     void anUpdateRewritesTheDataWhereItLies()
     {
-        QCPDataMap* map = window->registered(Updater::KindInt);
+        QCPDataMap* map = window->registered(KindInt);
         updater->updateGraphs();
         const QCPGraphData* before = &*map->constBegin();
         Window::setSlots([](int, int) { return 42.0; });
@@ -131,7 +131,7 @@ private slots:
 
     void aShorterWindowLeavesNoPointOfTheLongerOne()
     {
-        QCPDataMap* map = window->registered(Updater::KindInt);
+        QCPDataMap* map = window->registered(KindInt);
         updater->updateGraphs();
         Window::setRecords(1024);
         updater->updateGraphs();
@@ -142,7 +142,7 @@ private slots:
     void cloudsTakeTheNewestThousandRecordsWithTheFactorsOfTheirMonitor()
     {
         setScales();
-        QCPDataMap* clouds[2] = {window->registered(Updater::KindXY1), window->registered(Updater::KindXY2)};
+        QCPDataMap* clouds[2] = {window->registered(KindXY1), window->registered(KindXY2)};
         updater->updateGraphs();
         const int firstSlots[2] = {0, 4};
         for (int bpm = 0; bpm < 2; ++bpm) {
@@ -155,7 +155,7 @@ private slots:
 
     void aWindowBelowThousandRecordsGoesWholeIntoTheCloud()
     {
-        QCPDataMap* cloud = window->registered(Updater::KindXY1);
+        QCPDataMap* cloud = window->registered(KindXY1);
         Window::setRecords(600);
         updater->updateGraphs();
         QCOMPARE(cloud->size(), 600);
@@ -163,7 +163,7 @@ private slots:
 
     void laterPointOfTheSamePositionReplacesTheEarlierOne()
     {
-        QCPDataMap* cloud = window->registered(Updater::KindXY1);
+        QCPDataMap* cloud = window->registered(KindXY1);
         Window::setSlots([](int record, int slot) { return slot == 0 ? double(-record % 7) : double(record); });
         updater->updateGraphs();
         PointMap expected;
@@ -175,8 +175,8 @@ private slots:
 
     void aBlockOfOneRecordIsTheNewestRecord()
     {
-        QCPDataMap* trace = window->registered(Updater::KindInt, 1);
-        QCPDataMap* cloud = window->registered(Updater::KindXY2);
+        QCPDataMap* trace = window->registered(KindInt, 1);
+        QCPDataMap* cloud = window->registered(KindXY2);
         Window::setRecords(1);
         updater->updateGraphs();
         QCOMPARE(contentOf(trace), (PointMap{{0.0, mark(0, 6)}}));
@@ -186,7 +186,7 @@ private slots:
     void zeroRecordsShowZeroAndAreNoError()
     {
         answers().fillBlock = nullptr;
-        QCPDataMap* trace = window->registered(Updater::KindDAC, 3);
+        QCPDataMap* trace = window->registered(KindDAC, 3);
         QSignalSpy replots(updater, SIGNAL(replotGraphs()));
         updater->updateGraphs();
         QCOMPARE(trace->size(), 14336);
@@ -211,15 +211,15 @@ private slots:
         for (int kind : {-1, 5, 6, 11, 1000})
             updater->setGraphData(kind, 0, &stranger);
         for (int channel : {-1, 4, 1000})
-            updater->setGraphData(Updater::KindPosX, channel, &stranger);
-        updater->setGraphData(Updater::KindInt, 2, &stranger);
+            updater->setGraphData(KindPosX, channel, &stranger);
+        updater->setGraphData(KindInt, 2, &stranger);
         updater->updateGraphs();
         QVERIFY(stranger.isEmpty());
     }
 
     void pausedReadsTheAmplifiersButNotTheStream()
     {
-        QCPDataMap* trace = window->registered(Updater::KindInt);
+        QCPDataMap* trace = window->registered(KindInt);
         updater->updateGraphs();
         updater->paused = true;
         clearCalls();

@@ -1,44 +1,44 @@
 #include "tools/savedata/SaveDataLines.h"
 
 #include "app/Globals.h"
-#include "stream/DisplayRecord.h"
+#include "stream/SignalTable.h"
 #include "tools/FormatG6.h"
 
 #include <algorithm>
+#include <array>
 
 namespace {
 
-struct Channel
+/// Sources in the order of the columns: the outputs stand behind the monitors.
+constexpr SignalSource columnOrder[] = {SignalSource::Amplifier1, SignalSource::Amplifier2, SignalSource::Monitor1,
+                                        SignalSource::Monitor2,   SignalSource::Outputs,    SignalSource::Controllers,
+                                        SignalSource::Generator};
+
+struct Column
 {
-    const char* title;
-    int slot;
-    const double* scale; ///< null for a value that is used as it stands
+    const StreamSignal* signal;
+    int channel; ///< its place among the check boxes
 };
 
-// clang-format off
-constexpr Channel channels[save_data::channelCount] = {
-    {"IonBar Ch1, ", SlotCur1, nullptr},
-    {"IonBar Ch2, ", SlotCur1 + 1, nullptr},
-    {"IonBar Ch3, ", SlotCur1 + 2, nullptr},
-    {"IonBar Ch4, ", SlotCur1 + 3, nullptr},
-    {"IonBar2 Ch1, ", SlotCur2, nullptr},
-    {"IonBar2 Ch2, ", SlotCur2 + 1, nullptr},
-    {"IonBar2 Ch3, ", SlotCur2 + 2, nullptr},
-    {"IonBar2 Ch4, ", SlotCur2 + 3, nullptr},
-    {"Anvolt Ch1, ", SlotDac, nullptr},
-    {"Anvolt Ch2, ", SlotDac + 1, nullptr},
-    {"Anvolt Ch3, ", SlotDac + 2, nullptr},
-    {"BPM1 Pos X, ", SlotPos1X, &bpmScaleX[0]},
-    {"BPM1 Pos Y, ", SlotPos1Y, &bpmScaleY[0]},
-    {"BPM1 I0, ", SlotInt1, nullptr},
-    {"BPM2 Pos X, ", SlotPos2X, &bpmScaleX[1]},
-    {"BPM2 Pos Y, ", SlotPos2Y, &bpmScaleY[1]},
-    {"BPM2 I0, ", SlotInt2, nullptr},
-};
-// clang-format on
+constexpr std::array<Column, save_data::channelCount> columnsInOrder()
+{
+    std::array<Column, save_data::channelCount> columns = {};
+    auto column = columns.begin();
+    for (SignalSource source : columnOrder) {
+        int channel = 0;
+        for (const StreamSignal& signal : signalTable) {
+            if (!signal.column.object)
+                continue;
+            if (signal.source == source)
+                *column++ = {&signal, channel};
+            ++channel;
+        }
+    }
+    return columns;
+}
 
-/// Channels in the order of the columns: the outputs come last.
-constexpr int columns[save_data::channelCount] = {0, 1, 2, 3, 4, 5, 6, 7, 11, 12, 13, 14, 15, 16, 8, 9, 10};
+constexpr std::array<Column, save_data::channelCount> columns = columnsInOrder();
+static_assert(columns.back().signal, "columnOrder names every source that is saved");
 
 constexpr char separator[] = ", ";
 constexpr char lineEnd[] = "\r\n";
@@ -55,9 +55,9 @@ char* append(char* out, const char (&text)[3])
 QString save_data::columnHeader(const bool (&enabled)[channelCount])
 {
     QString line = QStringLiteral("Nr, Rel. time, ");
-    for (int column : columns) {
-        if (enabled[column])
-            line += QLatin1String(channels[column].title);
+    for (const Column& column : columns) {
+        if (enabled[column.channel])
+            line += QLatin1String(column.signal->column.title);
     }
     return line + QLatin1String(lineEnd);
 }
@@ -69,12 +69,11 @@ QString save_data::dataRow(const DisplayRecord& record, int index, int rateHz, c
     char* out = std::copy(number.begin(), number.end(), line);
     out = append(out, separator);
     out = append(formatG6(out, double(float(index) / float(rateHz))), separator);
-    for (int column : columns) {
-        if (!enabled[column])
+    for (const Column& column : columns) {
+        if (!enabled[column.channel])
             continue;
-        const Channel& channel = channels[column];
-        const double raw = slotValue(record, channel.slot);
-        out = append(formatG6(out, channel.scale ? raw * *channel.scale : raw), separator);
+        const double factor = factorOf(column.signal->scale, bpmScaleX, bpmScaleY);
+        out = append(formatG6(out, factor * column.signal->rawValue(record)), separator);
     }
     out = append(out, lineEnd);
     return QString::fromLatin1(line, int(out - line));

@@ -1,14 +1,15 @@
 #pragma once
 
-#include <QString>
+#include "stream/SignalTable.h"
 
-struct DisplayRecord;
+#include <QString>
 
 /// Lines of a saved data file, each with its CR LF. Plain values in and out; the position factors are the
 /// globals at the moment of the call.
 namespace save_data {
 
-constexpr int channelCount = 17;
+/// Signals that can be saved. In arrays they stand in the order of signalTable, which is that of the check boxes.
+constexpr int channelCount = savedSignalCount();
 
 /// Titles of the enabled channels behind "Nr" and "Rel. time".
 QString columnHeader(const bool (&enabled)[channelCount]);
