@@ -1,7 +1,7 @@
 #include "simulation/Installation.h"
 
 #include "simulation/Operations.h"
-#include "simulation/processor/Rates.h"
+#include "simulation/Rates.h"
 
 #include <algorithm>
 #include <chrono>

@@ -4,8 +4,8 @@
 #include "simulation/Faults.h"
 #include "simulation/FixedStepClock.h"
 #include "simulation/Plant.h"
+#include "simulation/Rates.h"
 #include "simulation/SimulationControl.h"
-#include "simulation/processor/Rates.h"
 
 #include <mutex>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "simulation/Plant.h"
 
 #include "simulation/PowerOn.h"
-#include "simulation/processor/Rates.h"
+#include "simulation/Rates.h"
 
 #include <algorithm>
 #include <cmath>

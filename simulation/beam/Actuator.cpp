@@ -1,6 +1,6 @@
 #include "simulation/beam/Actuator.h"
 
-#include "simulation/processor/Rates.h"
+#include "simulation/Rates.h"
 
 namespace kora::simulation {
 

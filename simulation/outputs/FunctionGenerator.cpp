@@ -1,6 +1,6 @@
 #include "simulation/outputs/FunctionGenerator.h"
 
-#include "simulation/processor/Rates.h"
+#include "simulation/Rates.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "simulation/processor/DisplayStream.h"
 
-#include "simulation/processor/Rates.h"
+#include "simulation/Rates.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulation/detectors/PositionMonitor.h"
+#include "simulation/processor/PositionMonitor.h"
 
 namespace kora::simulation {
 

@@ -1,9 +1,9 @@
 #include "simulation/beam/Beam.h"
 #include "simulation/PowerOn.h"
+#include "simulation/Rates.h"
 #include "simulation/beam/Actuator.h"
 #include "simulation/beam/NormalNoise.h"
 #include "simulation/detectors/QuadrantDetector.h"
-#include "simulation/processor/Rates.h"
 
 #include <QTest>
 

@@ -1,8 +1,8 @@
+#include "simulation/Rates.h"
 #include "simulation/detectors/CurrentAmplifier.h"
-#include "simulation/detectors/PositionMonitor.h"
 #include "simulation/outputs/FunctionGenerator.h"
 #include "simulation/outputs/OutputUnit.h"
-#include "simulation/processor/Rates.h"
+#include "simulation/processor/PositionMonitor.h"
 #include "simulation/processor/SfpPorts.h"
 
 #include <QTest>

@@ -1,6 +1,6 @@
 #include "simulation/PowerOn.h"
+#include "simulation/Rates.h"
 #include "simulation/processor/FeedbackLoops.h"
-#include "simulation/processor/Rates.h"
 
 #include <QTest>
 

@@ -1,6 +1,6 @@
 #include "simulation/Plant.h"
 #include "simulation/PowerOn.h"
-#include "simulation/processor/Rates.h"
+#include "simulation/Rates.h"
 
 #include <QTest>
 

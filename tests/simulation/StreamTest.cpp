@@ -1,8 +1,8 @@
 #include "simulation/Faults.h"
 #include "simulation/FixedStepClock.h"
 #include "simulation/Installation.h"
+#include "simulation/Rates.h"
 #include "simulation/processor/DisplayStream.h"
-#include "simulation/processor/Rates.h"
 #include "simulation/processor/Statistics.h"
 
 #include <QTest>

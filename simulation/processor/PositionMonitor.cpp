@@ -1,4 +1,4 @@
-#include "simulation/detectors/PositionMonitor.h"
+#include "simulation/processor/PositionMonitor.h"
 
 #include <algorithm>
 #include <cmath>
