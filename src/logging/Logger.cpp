@@ -7,7 +7,7 @@
 
 namespace QsLogging {
 
-Logger::Logger() : worker(*this)
+Logger::Logger()
 {
     worker.start(QThread::LowPriority);
 }
@@ -62,9 +62,7 @@ int Logger::levelOfLine(const QString& text, bool* ok)
 
 void Logger::write(const LogMessage& message)
 {
-    const MutexLock lock(worker.destinationMutex);
-    for (const DestinationPtr& destination : worker.destinations)
-        destination->write(message);
+    worker.write(message);
 }
 
 void Logger::pushMessage(const LogMessage& message)

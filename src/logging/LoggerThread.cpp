@@ -1,19 +1,23 @@
 #include "logging/LoggerThread.h"
 
-#include "logging/Logger.h"
 #include "logging/MutexLock.h"
 
 #include <utility>
 
 namespace QsLogging {
 
-LoggerThread::LoggerThread(Logger& owner) : logger(owner) {}
-
 void LoggerThread::push(const LogMessage& message)
 {
     const MutexLock lock(queueMutex);
     queue.push_back(message);
     queueCondition.wakeOne();
+}
+
+void LoggerThread::write(const LogMessage& message)
+{
+    const MutexLock lock(destinationMutex);
+    for (const DestinationPtr& destination : destinations)
+        destination->write(message);
 }
 
 void LoggerThread::shutDown()
@@ -45,7 +49,7 @@ void LoggerThread::run()
         const LogMessage message = std::move(queue.front());
         queue.pop_front();
         lock.unlock();
-        logger.write(message);
+        write(message);
     }
 }
 

@@ -12,8 +12,6 @@
 
 namespace QsLogging {
 
-class Logger;
-
 /// The worker that carries lines from the queue to the destinations, with all that it shares with the
 /// callers. Only Logger uses it. The two mutexes are never held together.
 class LoggerThread : public QThread
@@ -21,10 +19,10 @@ class LoggerThread : public QThread
     Q_OBJECT
 
 public:
-    explicit LoggerThread(Logger& logger);
-
     /// Any thread: puts a line at the end of the queue and wakes the worker; no I/O.
     void push(const LogMessage& message);
+    /// Hands a line to every destination in order. For the worker.
+    void write(const LogMessage& message);
     /// Ends the worker and waits for it; lines still in the queue are dropped.
     void shutDown();
 
@@ -38,7 +36,6 @@ protected:
     void run() override;
 
 private:
-    Logger& logger;
     QMutex queueMutex;             ///< guards queue
     QWaitCondition queueCondition; ///< wakes the worker
     std::deque<LogMessage> queue;  ///< lines waiting to be written; unbounded
