@@ -64,8 +64,38 @@ void Plant::applyPowerOn()
 
 void Plant::run(std::int64_t count)
 {
-    for (std::int64_t i = 0; i < count; ++i)
+    while (count > 0) {
+        const auto unseen = int(std::min<std::int64_t>(unseenSteps(), count - 1));
+        if (unseen > 0)
+            passUnseen(unseen);
         step();
+        count -= unseen + 1;
+    }
+}
+
+/// Steps ahead in which neither a loop nor a record takes the readings. With a range that follows the currents, a
+/// record that is a mean or a sine on an output each step counts.
+int Plant::unseenSteps() const
+{
+    if (sine.isRunning() || display.takesEveryStep() || amplifiers[0].isAutomatic() || amplifiers[1].isAutomatic())
+        return 0;
+    return std::min(stepsToLoop, display.stepsToRecord()) - 1;
+}
+
+/// What step() does, without the readings: what has a memory goes on, the rest is computed when it is looked at.
+void Plant::passUnseen(int count)
+{
+    // Commands since the last step act; between two ticks of the loops nothing else moves the outputs.
+    updateOutputs();
+    source.skip(count);
+    for (int bpm = 0; bpm < 2; ++bpm)
+        if (sfp.holds(bpm, SfpPorts::AmplifierClass))
+            amplifiers[bpm].skip(count);
+    display.pass(count);
+    for (std::size_t i = 0; i < 4; ++i)
+        actuators[i].hold(outputUnit.volts()[i], count);
+    stepsToLoop -= count;
+    steps += count;
 }
 
 void Plant::step()
@@ -78,7 +108,7 @@ void Plant::step()
     display.step([this](DisplayRecord& record) { fillRecord(record); });
     sine.step();
     for (std::size_t i = 0; i < 4; ++i)
-        actuators[i].step(outputUnit.volts()[i]);
+        actuators[i].hold(outputUnit.volts()[i], 1);
     ++steps;
 }
 

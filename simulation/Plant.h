@@ -13,6 +13,9 @@
 namespace kora::simulation {
 
 /// The installation's physics and electronics, advanced step by step. Knows neither clock nor threads.
+///
+/// What the electrodes would read is computed in the steps in which a loop, a record or the caller of run() looks at
+/// it. That is one step in five and changes no number: all that has a memory, noise included, advances in each.
 class Plant
 {
 public:
@@ -44,6 +47,8 @@ public:
 private:
     void applyPowerOn();
     void step();
+    int unseenSteps() const;
+    void passUnseen(int count);
     void moveBeam();
     void readMonitors();
     PositionReading readEncoder(int bpm) const;

@@ -6,7 +6,7 @@ namespace kora::simulation {
 
 Actuator::Actuator(const ActuatorModel& actuatorModel, double volts)
     : model(actuatorModel), delayed(std::size_t(std::lround(actuatorModel.deadTime * physicsRate)), volts),
-      position(volts)
+      heldFor(delayed.size()), held(volts), position(volts)
 {
     const double w0 = 2 * M_PI * model.resonance;
     const double decay = model.damping * w0;
@@ -20,8 +20,24 @@ Actuator::Actuator(const ActuatorModel& actuatorModel, double volts)
     transition[1][1] = c - decay / w * s;
 }
 
+bool Actuator::isAtRest(double volts) const
+{
+    return volts == held && heldFor == delayed.size() && position == volts && velocity == 0;
+}
+
+void Actuator::hold(double volts, int steps)
+{
+    // At rest each step would give the same again.
+    if (isAtRest(volts))
+        return;
+    for (int i = 0; i < steps; ++i)
+        step(volts);
+}
+
 void Actuator::step(double volts)
 {
+    heldFor = volts == held ? std::min(heldFor + 1, delayed.size()) : 0;
+    held = volts;
     double input = volts;
     if (!delayed.empty()) {
         std::swap(input, delayed[delayIndex]);

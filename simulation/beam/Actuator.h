@@ -28,6 +28,8 @@ public:
 
     /// Holds `volts` for one step of the physics.
     void step(double volts);
+    /// Holds `volts` for so many steps.
+    void hold(double volts, int steps);
 
     /// Where the mechanics stands, as the constant voltage that would have brought it there.
     double settledVolts() const { return position; }
@@ -42,9 +44,14 @@ public:
     static std::complex<double> response(const ActuatorModel& model, double hertz);
 
 private:
+    bool isAtRest(double volts) const;
+
     ActuatorModel model;
     std::vector<double> delayed;
     std::size_t delayIndex = 0;
+    /// Steps since the voltage last changed, up to the length of the dead time.
+    std::size_t heldFor;
+    double held;
     double position;
     double velocity = 0;
     /// Transition of (position - input, velocity) over one step.

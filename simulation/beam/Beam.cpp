@@ -4,13 +4,21 @@
 
 namespace kora::simulation {
 
+namespace {
+
+/// Places in the bank of oscillators.
+constexpr int drift = 0;
+constexpr int firstLine = 1;
+
+} // namespace
+
 Beam::Beam(std::uint64_t seed) : noise(seed)
 {
     kickDecay = std::exp(-physicsPeriod / settings.kickTimeS);
     applySettings();
     // Spread phases, so that the lines do not start in step.
-    for (std::size_t i = 0; i < oscillators.size(); ++i)
-        oscillators[i].setPhase(1.3 * double(i));
+    for (int i = 0; i < int(settings.lines.size()); ++i)
+        oscillators.setPhase(firstLine + i, 1.3 * i);
 }
 
 void Beam::Walk::set(double rms, double timeS)
@@ -22,13 +30,13 @@ void Beam::Walk::set(double rms, double timeS)
 
 void Beam::applySettings()
 {
-    drift.setFrequency(1 / settings.driftPeriodS, physicsRate);
+    oscillators.setFrequency(drift, 1 / settings.driftPeriodS, physicsRate);
     walkX.set(settings.walkMicrometres, settings.walkTimeS);
     walkY.set(settings.walkMicrometres, settings.walkTimeS);
     fluxWalk.set(settings.fluxWalk, settings.fluxWalkTimeS);
     activeLines = 0;
-    for (std::size_t i = 0; i < oscillators.size(); ++i) {
-        oscillators[i].setFrequency(settings.lines[i].frequencyHz, physicsRate);
+    for (std::size_t i = 0; i < settings.lines.size(); ++i) {
+        oscillators.setFrequency(firstLine + int(i), settings.lines[i].frequencyHz, physicsRate);
         if (settings.lines[i].xMicrometres != 0 || settings.lines[i].yMicrometres != 0)
             activeLines = int(i) + 1;
     }
@@ -36,22 +44,44 @@ void Beam::applySettings()
 
 BeamSample Beam::next()
 {
-    drift.step();
-    kickX *= kickDecay;
-    kickY *= kickDecay;
+    oscillators.step(firstLine + activeLines, 1);
+    decayKick(1);
     BeamSample sample;
-    sample.x = settings.driftMicrometres * drift.cosine() + walkX.step(noise.next()) +
+    sample.x = settings.driftMicrometres * oscillators.cosine(drift) + walkX.step(noise.next()) +
                settings.noiseMicrometres * noise.next() + kickX;
-    sample.y = settings.driftMicrometres * drift.sine() + walkY.step(noise.next()) +
+    sample.y = settings.driftMicrometres * oscillators.sine(drift) + walkY.step(noise.next()) +
                settings.noiseMicrometres * noise.next() + kickY;
-    for (std::size_t i = 0; i < std::size_t(activeLines); ++i) {
-        oscillators[i].step();
-        sample.x += settings.lines[i].xMicrometres * oscillators[i].cosine();
-        sample.y += settings.lines[i].yMicrometres * oscillators[i].sine();
+    for (int i = 0; i < activeLines; ++i) {
+        const VibrationLine& line = settings.lines[std::size_t(i)];
+        sample.x += line.xMicrometres * oscillators.cosine(firstLine + i);
+        sample.y += line.yMicrometres * oscillators.sine(firstLine + i);
     }
     const double flux = 1 + fluxWalk.step(noise.next()) + settings.fluxNoise * noise.next();
     sample.flux = isOn ? flux : 0;
     return sample;
+}
+
+void Beam::skip(int steps)
+{
+    oscillators.step(firstLine + activeLines, steps);
+    decayKick(steps);
+    // Of the six values that next() draws in a step the walks keep the first, the third and the fifth.
+    for (int i = 0; i < steps; ++i) {
+        for (Walk* walk : {&walkX, &walkY, &fluxWalk}) {
+            walk->step(noise.next());
+            noise.skip(1);
+        }
+    }
+}
+
+void Beam::decayKick(int steps)
+{
+    if (kickX == 0 && kickY == 0)
+        return;
+    for (int i = 0; i < steps; ++i) {
+        kickX *= kickDecay;
+        kickY *= kickDecay;
+    }
 }
 
 void Beam::kick(double xMicrometres, double yMicrometres)

@@ -2,7 +2,7 @@
 
 #include "simulation/InstallationState.h"
 #include "simulation/beam/NormalNoise.h"
-#include "simulation/beam/Oscillator.h"
+#include "simulation/beam/OscillatorBank.h"
 
 #include <array>
 
@@ -45,6 +45,8 @@ public:
 
     /// The next sample, one step of the physics later.
     BeamSample next();
+    /// Passes so many steps, whose samples nobody looks at.
+    void skip(int steps);
 
     const BeamSettings& motion() const { return settings; }
     bool isSwitchedOn() const { return isOn; }
@@ -71,12 +73,13 @@ private:
     };
 
     void applySettings();
+    void decayKick(int steps);
 
     BeamSettings settings;
     NormalNoise noise;
     bool isOn = true;
-    Oscillator drift;
-    std::array<Oscillator, 8> oscillators;
+    /// The drift, and behind it the vibration lines.
+    OscillatorBank<9> oscillators;
     int activeLines = 0;
     Walk walkX;
     Walk walkY;

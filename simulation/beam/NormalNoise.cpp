@@ -44,12 +44,12 @@ const double* NormalNoise::quantileTable()
 
 void NormalNoise::refill()
 {
-    state += 0x9e3779b97f4a7c15;
+    state += stride;
     bits = state;
     bits = (bits ^ (bits >> 30)) * 0xbf58476d1ce4e5b9;
     bits = (bits ^ (bits >> 27)) * 0x94d049bb133111eb;
     bits ^= bits >> 31;
-    valuesLeft = 64 / tableBits;
+    valuesLeft = valuesPerStep;
 }
 
 } // namespace kora::simulation

@@ -22,9 +22,25 @@ public:
         return value;
     }
 
+    /// As count calls of next(), whose values are not wanted.
+    void skip(int count)
+    {
+        if (count > valuesLeft) {
+            count -= valuesLeft;
+            const int passedOver = (count - 1) / valuesPerStep;
+            state += std::uint64_t(passedOver) * stride;
+            count -= passedOver * valuesPerStep;
+            refill();
+        }
+        valuesLeft -= count;
+        bits >>= count * tableBits;
+    }
+
 private:
     static constexpr int tableBits = 12;
     static constexpr int tableSize = 1 << tableBits;
+    static constexpr int valuesPerStep = 64 / tableBits;
+    static constexpr std::uint64_t stride = 0x9e3779b97f4a7c15;
 
     static const double* quantileTable();
     void refill();

@@ -4,7 +4,20 @@
 
 namespace kora::simulation {
 
-/// Sine and cosine of a steadily growing phase, one complex multiplication a step.
+/// Turns the point (c, s) of the unit circle by one complex multiplication.
+/// @tparam Number  double, or a vector of doubles for several points at once
+template <typename Number>
+void turnOnUnitCircle(Number& c, Number& s, Number turnCos, Number turnSin)
+{
+    const Number nextC = c * turnCos - s * turnSin;
+    const Number nextS = s * turnCos + c * turnSin;
+    // One Newton step towards length one keeps rounding from adding up over a day.
+    const Number unit = 1.5 - 0.5 * (nextC * nextC + nextS * nextS);
+    c = nextC * unit;
+    s = nextS * unit;
+}
+
+/// Sine and cosine of a steadily growing phase.
 class Oscillator
 {
 public:
@@ -22,15 +35,7 @@ public:
         s = std::sin(radians);
     }
 
-    void step()
-    {
-        const double nextC = c * turnCos - s * turnSin;
-        const double nextS = s * turnCos + c * turnSin;
-        // One Newton step towards length one keeps rounding from adding up over a day.
-        const double unit = 1.5 - 0.5 * (nextC * nextC + nextS * nextS);
-        c = nextC * unit;
-        s = nextS * unit;
-    }
+    void step() { turnOnUnitCircle(c, s, turnCos, turnSin); }
 
     double sine() const { return s; }
     double cosine() const { return c; }

@@ -11,7 +11,7 @@ const FourValues& CurrentAmplifier::measure(const FourValues& electrodes)
     const double rms = activeRange == 0 ? noiseAmps : noiseAmps * quietRangeNoise;
     for (std::size_t i = 0; i < currents.size(); ++i)
         currents[i] = std::clamp(electrodes[i] * collected + rms * noise.next(), -full, full);
-    if (selectedRange == automaticRange)
+    if (isAutomatic())
         chooseRange();
     return currents;
 }
@@ -40,7 +40,8 @@ void CurrentAmplifier::chooseRange()
 
 void CurrentAmplifier::advanceBias(double seconds)
 {
-    bias.advance(seconds);
+    if (!bias.advance(seconds))
+        return;
     collected = 1 - 0.2 * std::exp(-bias.volts() / 120);
 }
 

@@ -21,12 +21,15 @@ public:
     /// Amplifies for one step: adds noise and clips at full scale.
     /// @param electrodes electrode currents in channel order, A, at full collection
     const FourValues& measure(const FourValues& electrodes);
+    /// Passes steps whose currents nobody looks at. Not for the automatic range, which looks at each.
+    void skip(int steps) { noise.skip(steps * int(currents.size())); }
     /// A channel without an amplifier delivers nothing.
     void measureNothing() { currents = {}; }
     const FourValues& amps() const { return currents; }
 
     /// @param range 0, 1 or 2 for automatic; @return false for any other, which changes nothing
     bool setRange(int range);
+    bool isAutomatic() const { return selectedRange == automaticRange; }
     int rangeInUse() const { return activeRange; }
     /// RMS in range 0, A.
     void setNoise(double amps) { noiseAmps = amps; }

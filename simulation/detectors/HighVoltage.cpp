@@ -4,10 +4,12 @@
 
 namespace kora::simulation {
 
-void HighVoltage::advance(double seconds)
+bool HighVoltage::advance(double seconds)
 {
+    const double before = present;
     const double reach = slewVoltsPerSecond * seconds;
     present += std::clamp(wanted() - present, -reach, reach);
+    return present != before;
 }
 
 double HighVoltage::microamps() const

@@ -15,7 +15,8 @@ public:
     void enable(bool on) { enabled = on; }
     /// @param volts magnitude of the bias; the amplifier's model knows the sign
     void setTarget(double volts) { target = volts; }
-    void advance(double seconds);
+    /// @return whether the voltage moved
+    bool advance(double seconds);
 
     double volts() const { return present; }
     /// Leakage of the detector, and while the voltage moves the charging of its cable.

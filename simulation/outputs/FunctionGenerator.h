@@ -20,6 +20,7 @@ public:
     /// @param mode 0 stops, output number plus 2 starts at phase 0 on that output; @return false for any other
     bool enable(int mode);
 
+    bool isRunning() const { return running >= 0; }
     bool isRunningOn(int output) const { return running == output; }
     double volts() const { return offset[running] + 0.5 * amplitude[running] * oscillator.sine(); }
     float referenceA() const { return running < 0 ? 0 : float(referenceAmplitude * oscillator.sine()); }
@@ -28,7 +29,7 @@ public:
     /// To the next step of the physics.
     void step()
     {
-        if (running >= 0)
+        if (isRunning())
             oscillator.step();
     }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace kora::simulation {
 
@@ -38,6 +39,11 @@ bool DisplayStream::setRate(int newHertz, bool filterEnable)
     std::fill(std::begin(sums), std::end(sums), 0.0);
     std::fill(std::begin(referenceSums), std::end(referenceSums), 0.0);
     return true;
+}
+
+int DisplayStream::stepsToRecord() const
+{
+    return hertz > 0 ? (physicsRate - phase + hertz - 1) / hertz : std::numeric_limits<int>::max();
 }
 
 bool DisplayStream::advancePhase()

@@ -31,7 +31,7 @@ public:
     {
         ++steps;
         const bool due = advancePhase();
-        if (!due && !(filter && hertz > 0))
+        if (!due && !takesEveryStep())
             return;
         DisplayRecord& record = ring[std::size_t(next)];
         fill(record);
@@ -39,6 +39,17 @@ public:
             accumulate(record);
         if (due)
             finish(record);
+    }
+
+    /// Whether each step goes into a record, and not only the one in which the record falls.
+    bool takesEveryStep() const { return filter && hertz > 0; }
+    /// Steps until the one in which the next record falls, that one included.
+    int stepsToRecord() const;
+    /// Passes steps in which no record falls. Not for a stream that takes every step.
+    void pass(int count)
+    {
+        steps += count;
+        phase += count * hertz;
     }
 
     /// Records since the last setRate().

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <complex>
+#include <functional>
 #include <vector>
 
 using namespace kora::simulation;
@@ -42,6 +43,22 @@ double slowMotion(const Plant& plant)
     return powerOn::scale * std::sqrt(power);
 }
 
+/// All that can be seen of a plant, byte by byte.
+QByteArray look(const Plant& plant)
+{
+    QByteArray seen;
+    const auto add = [&seen](const auto& what) { seen.append(reinterpret_cast<const char*>(&what), int(sizeof what)); };
+    for (const DisplayRecord& record : newest(plant, DisplayStream::largestBlock))
+        add(record);
+    add(plant.statistics());
+    add(plant.beamAtMonitor());
+    for (int amplifier = 0; amplifier < 2; ++amplifier) {
+        add(plant.amplifierStatus(amplifier));
+        add(plant.currentRecord(amplifier));
+    }
+    return seen;
+}
+
 void runSeconds(Plant& plant, double seconds)
 {
     plant.run(std::llround(seconds * physicsRate));
@@ -73,6 +90,8 @@ PositionReading readAt(Plant& plant, double xMicrometres, double yMicrometres)
 
 } // namespace
 
+Q_DECLARE_METATYPE(std::function<void(Plant&)>)
+
 class PlantTest : public QObject
 {
     Q_OBJECT
@@ -100,6 +119,72 @@ private slots:
         QCOMPARE(records.back().xLf, records.back().pos1X);
         QCOMPARE(records.back().funcGenRefB, 0.0f);
         QCOMPARE(int(plant.loops().status()), int(PidStatusOff));
+    }
+
+    void longRunsComputeWhatSingleStepsDoToTheBit_data()
+    {
+        QTest::addColumn<std::function<void(Plant&)>>("change");
+        const auto row = [](const char* name, std::function<void(Plant&)> change) { QTest::newRow(name) << change; };
+        row("power-on", [](Plant&) {});
+        row("all loops", [](Plant& plant) {
+            plant.loops().setConfiguration(7);
+            plant.loops().enable(true);
+        });
+        row("kick", [](Plant& plant) { plant.beam().kick(20, -7); });
+        row("odd number of lines", [](Plant& plant) { plant.beam().setVibration(6, {77, 3, 4}); });
+        row("line that comes back", [](Plant& plant) {
+            plant.beam().setVibration(5, {99.8, 0, 0});
+            plant.run(5003);
+            plant.beam().setVibration(5, {99.8, 1, 1});
+        });
+        row("empty port", [](Plant& plant) { plant.ports().plug(1, 0); });
+        row("encoder box", [](Plant& plant) { plant.ports().plug(0, 0x2300); });
+        row("no output unit", [](Plant& plant) { plant.ports().plug(2, 0); });
+        row("automatic range", [](Plant& plant) {
+            plant.amplifier(0).setNoise(2e-8);
+            plant.amplifier(0).setRange(CurrentAmplifier::automaticRange);
+            plant.outputs().setSource(OutputUnit::sourceDirect);
+            drive(plant, powerOn::tuningPeak + 1.1, powerOn::tuningPeak);
+        });
+        row("filtered stream", [](Plant& plant) { plant.stream().setRate(5000, true); });
+        row("rate beside the loops'", [](Plant& plant) { plant.stream().setRate(7777, false); });
+        row("standing stream", [](Plant& plant) { plant.stream().setRate(0, true); });
+        row("generator", [](Plant& plant) {
+            const float volts[4] = {1, 1, 1, 1};
+            plant.generator().configure(volts, volts, 33);
+            plant.generator().enable(3);
+        });
+        row("rising bias", [](Plant& plant) {
+            plant.amplifier(1).highVoltage().setTarget(30);
+            plant.amplifier(1).highVoltage().enable(true);
+        });
+        row("moved outputs", [](Plant& plant) {
+            plant.outputs().setSource(OutputUnit::sourceDirect);
+            drive(plant, 5.1, 4.8, 5, 6);
+        });
+    }
+
+    void longRunsComputeWhatSingleStepsDoToTheBit()
+    {
+        QFETCH(std::function<void(Plant&)>, change);
+        Plant once(1000);
+        Plant bySteps(1000);
+        for (Plant* plant : {&once, &bySteps}) {
+            plant->run(5001);
+            change(*plant);
+        }
+        once.run(60002);
+        for (int i = 0; i < 60002; ++i)
+            bySteps.run(1);
+        QVERIFY(look(once) == look(bySteps));
+        for (Plant* plant : {&once, &bySteps}) {
+            plant->outputs().setSource(OutputUnit::sourceDirect);
+            drive(*plant, 5.2, 4.9);
+        }
+        once.run(777);
+        for (int i = 0; i < 111; ++i)
+            bySteps.run(7);
+        QVERIFY(look(once) == look(bySteps));
     }
 
     void loopsBringTheBeamToRest_data()
