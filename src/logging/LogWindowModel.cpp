@@ -14,22 +14,6 @@ namespace {
 constexpr int shownColumns = 3;
 constexpr quint64 noLimit = std::numeric_limits<quint64>::max();
 
-QVariant shownText(const LogMessage& message, int column)
-{
-    switch (column) {
-    case LogWindowModel::TimeColumn:
-        return message.time.toLocalTime().toString(Qt::TextDate);
-    case LogWindowModel::LevelColumn:
-        return levelName(message.level);
-    case LogWindowModel::MessageColumn:
-        return message.message;
-    case LogWindowModel::FormattedColumn:
-        return message.formatted;
-    default:
-        return QVariant();
-    }
-}
-
 QVariant background(int level)
 {
     switch (level) {
@@ -45,6 +29,22 @@ QVariant background(int level)
 }
 
 } // namespace
+
+LogWindowModel::Entry::Entry(const LogMessage& line) : message(line.message), time(line.time), level(line.level)
+{
+    // The sender built the text with room to spare.
+    message.squeeze();
+    if (line.formatted != LogMessage(message, time, level).formatted)
+        otherFormatted = line.formatted.isNull() ? QStringLiteral("") : line.formatted;
+}
+
+LogMessage LogWindowModel::Entry::unfold() const
+{
+    LogMessage line(message, time, level);
+    if (!otherFormatted.isNull())
+        line.formatted = otherFormatted;
+    return line;
+}
 
 LogWindowModel::LogWindowModel(quint64 limit) : maxItems(limit) {}
 
@@ -66,12 +66,28 @@ QVariant LogWindowModel::data(const QModelIndex& index, int role) const
     const QReadLocker locker(&lock);
     if (!index.isValid() || std::size_t(index.row()) >= items.size())
         return QVariant();
-    const LogMessage& message = items[std::size_t(index.row())];
+    const Entry& entry = items[std::size_t(index.row())];
     switch (role) {
     case Qt::DisplayRole:
-        return shownText(message, index.column());
+        return shownText(entry, index.column());
     case Qt::BackgroundRole:
-        return background(message.level);
+        return background(entry.level);
+    default:
+        return QVariant();
+    }
+}
+
+QVariant LogWindowModel::shownText(const Entry& entry, int column) const
+{
+    switch (column) {
+    case TimeColumn:
+        return entry.time.toLocalTime().toString(Qt::TextDate);
+    case LevelColumn:
+        return levelName(entry.level);
+    case MessageColumn:
+        return entry.message;
+    case FormattedColumn:
+        return entry.unfold().formatted;
     default:
         return QVariant();
     }
@@ -100,7 +116,7 @@ void LogWindowModel::append(const LogMessage& message)
     beginInsertRows(QModelIndex(), end, end);
     {
         const QWriteLocker locker(&lock);
-        items.push_back(message);
+        items.emplace_back(message);
     }
     endInsertRows();
 
@@ -126,7 +142,12 @@ void LogWindowModel::clear()
 
 LogMessage LogWindowModel::at(int row) const
 {
-    return items[std::size_t(row)];
+    return items[std::size_t(row)].unfold();
+}
+
+int LogWindowModel::levelAt(int row) const
+{
+    return items[std::size_t(row)].level;
 }
 
 bool LogWindowModel::isPlain(int row) const

@@ -36,11 +36,27 @@ public:
     void clear();
     /// A copy of the entry. Takes no lock: for the thread that appends.
     LogMessage at(int row) const;
+    /// Its level alone, likewise.
+    int levelAt(int row) const;
     /// Whether the message is one line of letters that any font has, and so no row is higher than another.
     bool isPlain(int row) const;
 
 private:
-    std::deque<LogMessage> items;
+    /// One line in little memory: the whole line is kept only where it is not what LogMessage builds of the rest.
+    struct Entry
+    {
+        explicit Entry(const LogMessage& message);
+        LogMessage unfold() const;
+
+        QString message;
+        QDateTime time;
+        QString otherFormatted; ///< null where the line is as built
+        int level;
+    };
+
+    QVariant shownText(const Entry& entry, int column) const;
+
+    std::deque<Entry> items;
     mutable QReadWriteLock lock; ///< guards items
     quint64 maxItems;
 };

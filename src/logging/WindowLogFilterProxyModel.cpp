@@ -111,7 +111,7 @@ bool WindowLogFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelInde
 {
     if (pauseRowLimit != 0)
         return pauseRowLimit >= sourceRow;
-    return log->at(sourceRow).level >= level;
+    return log->levelAt(sourceRow) >= level;
 }
 
 void WindowLogFilterProxyModel::sourceRowsInserted(const QModelIndex& sourceParent, int first, int last)

@@ -5,13 +5,42 @@
 #include "support/FileDialogs.h"
 
 #include <QHeaderView>
+#include <QSet>
+#include <QStyledItemDelegate>
 #include <QTextCodec>
+
+#include <malloc.h>
 
 using namespace QsLogging;
 
 namespace {
 
 const int allLevels[] = {TraceLevel, DebugLevel, InfoLevel, WarnLevel, ErrorLevel, FatalLevel};
+
+/// Bytes on the heap; 0 where another allocator than the C library's is at work.
+std::size_t heapBytes()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+/// Draws as any delegate, and remembers the rows whose size it was asked for.
+class RowsMeasured : public QStyledItemDelegate
+{
+public:
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        rows.insert(index.row());
+        return QStyledItemDelegate::sizeHint(option, index);
+    }
+    mutable QSet<int> rows;
+};
+
+void settle()
+{
+    for (int turn = 0; turn < 5; ++turn)
+        QCoreApplication::processEvents();
+}
 
 } // namespace
 
@@ -346,6 +375,60 @@ private slots:
             QCOMPARE(table()->rowHeight(row), reference.rowHeight(row));
         QVERIFY(table()->rowHeight(1) > table()->rowHeight(0));
         QCOMPARE(table()->rowHeight(0), table()->verticalHeader()->defaultSectionSize());
+    }
+
+    void newLineMeasuresFewOfTheOthers_data()
+    {
+        QTest::addColumn<bool>("shown");
+        QTest::newRow("shown") << true;
+        QTest::newRow("hidden") << false;
+    }
+    void newLineMeasuresFewOfTheOthers()
+    {
+        QFETCH(bool, shown);
+        RowsMeasured delegate;
+        table()->setItemDelegate(&delegate);
+        if (shown)
+            show();
+        // A line of two rows is measured by the delegate each time.
+        for (int number = 0; number < 1000; ++number)
+            add(InfoLevel, "two\nlines");
+        settle();
+        delegate.rows.clear();
+        add(InfoLevel, "plain");
+        settle();
+        QVERIFY2(delegate.rows.size() < 300, qPrintable(QString::number(delegate.rows.size())));
+        QCOMPARE(table()->verticalHeader()->count(), 1001);
+        QCOMPARE(table()->verticalHeader()->sectionResizeMode(1000), QHeaderView::ResizeToContents);
+        QCOMPARE(table()->rowHeight(1000), table()->verticalHeader()->defaultSectionSize());
+    }
+
+    void lineThatIsNotAsBuiltIsKeptWhole()
+    {
+        LogMessage odd = line(InfoLevel, QStringLiteral("text"));
+        odd.formatted = QStringLiteral("something else");
+        add(odd);
+        odd.formatted.clear();
+        add(odd);
+        add(InfoLevel, "as built");
+        button("toolButtonCopy")->click();
+        QCOMPARE(QApplication::clipboard()->text(),
+                 QStringLiteral("something else\n\n%1\n").arg(line(InfoLevel, QStringLiteral("as built")).formatted));
+    }
+
+    void shortLineTakesLittleMemory()
+    {
+        if (heapBytes() == 0)
+            QSKIP("This build has an allocator of its own");
+        constexpr int lines = 100000;
+        add(InfoLevel, "the first");
+        const std::size_t before = heapBytes();
+        for (int number = 0; number < lines; ++number)
+            add(LogMessage(QStringLiteral("setFBenable() failed %1 ").arg(number), someTime.addMSecs(number),
+                           InfoLevel));
+        settle();
+        const double perLine = double(heapBytes() - before) / lines;
+        QVERIFY2(perLine < 200, qPrintable(QString::number(perLine)));
     }
 
     void linesOfTheLoggerArriveWithoutTrace()

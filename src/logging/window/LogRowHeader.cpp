@@ -33,4 +33,22 @@ void LogRowHeader::changeEvent(QEvent* event)
     QHeaderView::changeEvent(event);
 }
 
+void LogRowHeader::sectionsInserted(const QModelIndex& parent, int first, int last)
+{
+    bool simple = !parent.isValid() && first == count();
+    for (int row = first; simple && row <= last; ++row)
+        simple = isOfDefaultHeight(row);
+    if (simple)
+        initializeSections(first, last);
+    else
+        QHeaderView::sectionsInserted(parent, first, last);
+}
+
+bool LogRowHeader::isOfDefaultHeight(int row) const
+{
+    const auto* table = static_cast<const QAbstractItemView*>(parentWidget());
+    const int wanted = qMax(table->sizeHintForRow(row), sectionSizeFromContents(row).height());
+    return qBound(minimumSectionSize(), wanted, maximumSectionSize()) == defaultSectionSize();
+}
+
 } // namespace QsLogging
