@@ -38,6 +38,15 @@ private:
         QVERIFY(program.waitForStarted(startMs));
     }
 
+    QString settingsPath() const { return folder.filePath(QStringLiteral("config_koralink.ini")); }
+
+    void writeSettings(const char* text)
+    {
+        QFile file(settingsPath());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(text), qint64(qstrlen(text)));
+    }
+
     QStringList record() const
     {
         QFile file(recordPath());
@@ -77,6 +86,8 @@ private slots:
             QSKIP("user namespaces are refused here: no settings folder of its own for the program");
     }
 
+    void cleanup() { QFile::remove(settingsPath()); }
+
     void menuExitEndsWithStatusZero()
     {
         start("exit");
@@ -95,14 +106,34 @@ private slots:
         verifyCleanEnd();
     }
 
+    void terminationSignalEndsWithStatusZero_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+        QTest::newRow("SIGHUP") << SIGHUP;
+    }
     void terminationSignalEndsWithStatusZero()
     {
+        QFETCH(int, number);
         start("none");
         QTRY_VERIFY_WITH_TIMEOUT(record().contains(QStringLiteral("getBuffer(14336)")), startMs);
         const qint64 pid = processOfTheProgram();
         QVERIFY(pid > 0);
-        QCOMPARE(::kill(pid_t(pid), SIGTERM), 0);
+        QCOMPARE(::kill(pid_t(pid), number), 0);
         verifyCleanEnd();
+    }
+
+    void eachMonitorIsShownInItsOwnScalesFromTheStart()
+    {
+        writeSettings("[BPM1]\nScale_X=2\nScale_Y=3\n[BPM2]\nScale_X=5\nScale_Y=7\n");
+        start("statistics");
+        verifyCleanEnd();
+        // The double delivers 1, 2, 3 and 4 as the raw means of the four positions.
+        QVERIFY(record().contains(QStringLiteral("posXMeanLineEdit 2.000 um")));
+        QVERIFY(record().contains(QStringLiteral("posYMeanLineEdit 6.00000 um")));
+        QVERIFY(record().contains(QStringLiteral("posXMeanLineEdit_2 15.000 um")));
+        QVERIFY(record().contains(QStringLiteral("posYMeanLineEdit_2 28.00000 um")));
     }
 
     void startLoadsNoGraphicsDriver()

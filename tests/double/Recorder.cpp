@@ -8,6 +8,8 @@
 //   save    logs in, changes a setting, presses every button that saves settings, and goes on as report
 //   report  writes at the second window what the program shows: "title ", "maximised ", "style " and one "log " for
 //           each line of the log window; then as exit
+//   statistics  has a beam at both monitors, writes the mean positions that the panel shows as "FIELD TEXT" once it
+//           shows them, and goes on as exit
 //   none    leaves the program alone
 
 #include "double/DoubleInternals.h"
@@ -108,8 +110,44 @@ void saveAllSettings()
     operate::press(operate::find<QPushButton>(widgetOf("WidgetFeedbackControl"), "updateConfButton"));
 }
 
+/// Mean positions of both monitors, by the panel's fields.
+constexpr const char* meanFields[] = {"posXMeanLineEdit", "posYMeanLineEdit", "posXMeanLineEdit_2",
+                                      "posYMeanLineEdit_2"};
+
+void deliverABeamAtBothMonitors(koralink_double::Answers& answers)
+{
+    constexpr std::uint16_t amplifierCode = 0x2101;
+    answers.sfp[0].deviceId = answers.sfp[1].deviceId = amplifierCode;
+    answers.stats.bpm[0].posXMean = 1;
+    answers.stats.bpm[0].posYMean = 2;
+    answers.stats.bpm[1].posXMean = 3;
+    answers.stats.bpm[1].posYMean = 4;
+}
+
+/// Tries again until poll and panel have brought every field.
+void writeStatistics(std::ostream& record)
+{
+    constexpr int retryMs = 50;
+    QStringList lines;
+    for (const char* name : meanFields) {
+        const QString text = operate::find<QLineEdit>(widgetOf("WidgetFeedbackControl"), name)->text();
+        if (text.isEmpty() || text.startsWith(QLatin1String("0.0"))) {
+            QTimer::singleShot(retryMs, qApp, [&record] { writeStatistics(record); });
+            return;
+        }
+        lines.append(QLatin1String(name) + QLatin1Char(' ') + text);
+    }
+    const std::lock_guard<std::recursive_mutex> lock(koralink_double::Double::instance().mutex);
+    record << lines.join(QLatin1Char('\n')).toStdString() << std::endl;
+    trigger("action_Exit");
+}
+
 void drive(const std::string& action, std::ostream& record)
 {
+    if (action == "statistics") {
+        writeStatistics(record);
+        return;
+    }
     const bool reports = action == "report" || action == "save";
     if (action == "save")
         saveAllSettings();
@@ -137,6 +175,8 @@ struct Recorder
         koralink_double::Double& self = koralink_double::Double::instance();
         if (action == "short")
             self.answers.deliveredRecords = 14335;
+        if (action == "statistics")
+            deliverABeamAtBothMonitors(self.answers);
         if (action == "report" || action == "save")
             windowsToWait = 2;
         self.onCall = [this](const koralink_double::Call& call) { take(call); };

@@ -154,6 +154,20 @@ private slots:
         QCOMPARE(counts(0, "vertOffsetCountsSpinBox")->value(), 999999999);
     }
 
+    void eachAxisOfTheEncoderGoesByItsOwnScale()
+    {
+        scratch_settings::setValue("BPM2/Scale_X", 4000.0);
+        scratch_settings::setValue("BPM2/Offset_X", 3000.0);
+        scratch_settings::setValue("BPM2/Scale_Y", 2000.0);
+        scratch_settings::setValue("BPM2/Offset_Y", 1600.0);
+        showAtLevel(2);
+        QVERIFY(std::fabs(box(1, "horNradCountDoubleSpinBox")->value() - 4000 / 2147483.648) < 1e-9);
+        QVERIFY(std::fabs(box(1, "vertNradCountDoubleSpinBox")->value() - 2000 / 2147483.648) < 1e-9);
+        // An eighth and a tenth of the full range.
+        QCOMPARE(counts(1, "horOffsetCountsSpinBox")->value(), 536870912);
+        QCOMPARE(counts(1, "vertOffsetCountsSpinBox")->value(), 429496729);
+    }
+
     void countsBeyondAnIntegerShowTheUpperLimit()
     {
         storeMonitor("BPM1", 1, 1000.0, 0.0, {0, 1, 2, 3});

@@ -201,6 +201,32 @@ private slots:
         QCOMPARE(plot->yAxis->scaleType(), QCPAxis::stLinear);
     }
 
+    void aChangedScaleIsDrawnWithoutANewSpectrum_data()
+    {
+        QTest::addColumn<QString>("axis");
+        QTest::newRow("x") << QStringLiteral("xAxisComboBox");
+        QTest::newRow("y") << QStringLiteral("yAxisComboBox");
+    }
+    void aChangedScaleIsDrawnWithoutANewSpectrum()
+    {
+        QFETCH(QString, axis);
+        updater->paused = true;
+        tick(graph->dataMap(), 0.25, 4);
+        graph->resize(700, 400);
+        graph->show();
+        QVERIFY(QTest::qWaitForWindowExposed(graph.get()));
+        QSignalSpy redraws(plot, SIGNAL(afterReplot()));
+        for (const char* scale : {"Lin", "Log"}) {
+            QCoreApplication::processEvents();
+            redraws.clear();
+            combo(qPrintable(axis))->setCurrentText(QLatin1String(scale));
+            QTRY_VERIFY(redraws.count() >= 1);
+            const QImage shown = plot->grab().toImage();
+            plot->replot();
+            QCOMPARE(shown, plot->grab().toImage());
+        }
+    }
+
     void autoscaleFollowsTheSpectrumAndStopsWhenUnchecked()
     {
         QCPGraphDataContainer* map = graph->dataMap();

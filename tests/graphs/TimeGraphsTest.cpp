@@ -327,6 +327,19 @@ private slots:
         QTRY_COMPARE(redraws.count(), 1);
     }
 
+    void valuesOfOneSignFarApartAreScaledWithZeroAsTheNearEnd()
+    {
+        // A graph of its own each: a range that the axis refuses would take the size of the one before.
+        WidgetGraphCurrents above(nullptr, 4);
+        fill(above.dataMap(0), {1e240, 1e-80, 1});
+        above.replot();
+        compareRange(plotOf(above)->yAxis, 0, 1e240);
+        WidgetGraphCurrents below(nullptr, 4);
+        fill(below.dataMap(0), {-1e-80, -1, -1e240});
+        below.replot();
+        compareRange(plotOf(below)->yAxis, -1e240, 0);
+    }
+
     void aRateOfZeroLeavesTheGraphUsable()
     {
         WidgetGraphCurrents graph(nullptr, 4);

@@ -1,4 +1,5 @@
 #include "graphs/TraceGraph.h"
+#include "graphs/WideLineRasterizer.h"
 
 #include <QtTest>
 #include <qcustomplot.h>
@@ -154,6 +155,27 @@ private slots:
         const double alike = compared({0, 1, 2, 3, 4, 5, 6, 7, 8}, {0, 1, none, 1, 0, infinite, 1, 0, 1},
                                       QPen(QColor(221, 221, 0), 2.0), QCPScatterStyle(), QSize(600, 300));
         QVERIFY(alike >= 0.95);
+    }
+
+    void aBendIsBevelledOnItsOuterSide_data()
+    {
+        QTest::addColumn<QPointF>("end");
+        QTest::addColumn<QPoint>("onTheBevel");
+        QTest::addColumn<QPoint>("beyondIt");
+        QTest::newRow("to the right") << QPointF(50, 90) << QPoint(53, 45) << QPoint(57, 42);
+        QTest::newRow("to the left") << QPointF(50, 10) << QPoint(53, 54) << QPoint(57, 57);
+    }
+    void aBendIsBevelledOnItsOuterSide()
+    {
+        QFETCH(QPointF, end);
+        QFETCH(QPoint, onTheBevel);
+        QFETCH(QPoint, beyondIt);
+        const QPointF points[] = {QPointF(10, 50), QPointF(50, 50), end};
+        QRegion ink;
+        for (const QRect& run : rasterizeWideLine(points, 3, 20, QRect(0, 0, 100, 100)))
+            ink += run;
+        QVERIFY(ink.contains(onTheBevel));
+        QVERIFY(!ink.contains(beyondIt));
     }
 
     void farAwayPointsNeitherHangNorVanish()

@@ -87,6 +87,8 @@ private slots:
         QCOMPARE(bias.microamps(), 0.3);
         bias.setTarget(250);
         QCOMPARE(int(bias.state()), int(HighVoltageState::Falling));
+        // The cable gives its charge back.
+        QCOMPARE(bias.microamps(), 0.3 - 1);
         bias.advance(0.5);
         QCOMPARE(int(bias.state()), int(HighVoltageState::On));
         bias.enable(false);

@@ -149,6 +149,33 @@ private slots:
         QCOMPARE(pid.output(), 2.0);
     }
 
+    void theDerivativeStartsAfreshAfterAPause()
+    {
+        PidController pid;
+        pid.setGains({1, 0, 1, 0, 0, -100, 100, 1});
+        pid.sample(-1, 1);
+        pid.pause();
+        pid.sample(-3, 1);
+        QCOMPARE(pid.output(), 3.0);
+        // Without a pause the step of 2 um in 1 s counts.
+        pid.sample(-5, 1);
+        QCOMPARE(pid.output(), 5.0 + 2.0);
+    }
+
+    void theDerivativeStartsAfreshWhenTheBeamIsBack()
+    {
+        Bench bench;
+        bench.loops.controller(0).setGains({1, 0, 1, 0, 0, -1e6, 1e6, 1});
+        bench.loops.setConfiguration(0);
+        bench.loops.enable(true);
+        bench.readings[0].x = -0.01;
+        bench.tick();
+        bench.tick(Interlock::Verdict::BeamOff);
+        bench.readings[0].x = -0.02;
+        bench.tick();
+        QCOMPARE(bench.loops.controller(0).output(), 2.0);
+    }
+
     void filterFollowsItsDifferenceEquation()
     {
         const double b[5] = {0.3, -0.2, 0.1, 0.05, -0.4};

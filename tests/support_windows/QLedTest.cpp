@@ -5,6 +5,8 @@
 #include <QSvgRenderer>
 #include <QtTest>
 
+#include <functional>
+
 namespace {
 
 constexpr int size = 64;
@@ -30,6 +32,19 @@ QImage picture(const QString& path)
     QSvgRenderer(path).render(&painter);
     return image;
 }
+
+class PaintCountingLed : public QLed
+{
+public:
+    int paints = 0;
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        ++paints;
+        QLed::paintEvent(event);
+    }
+};
 
 QImage nothing()
 {
@@ -132,6 +147,25 @@ private slots:
         led.toggleValue();
         QCOMPARE(led.value(), false);
         QCOMPARE(painted(led), picture(QStringLiteral(":/resources/round_grey.svg")));
+    }
+
+    void everyChangeIsPaintedAtOnceOnAShownLamp()
+    {
+        PaintCountingLed led;
+        led.resize(size, size);
+        led.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&led));
+        const auto isPaintedAfter = [&led](const std::function<void()>& change) {
+            QCoreApplication::processEvents();
+            const int before = led.paints;
+            change();
+            return QTest::qWaitFor([&led, before] { return led.paints > before; });
+        };
+        QVERIFY(isPaintedAfter([&led] { led.setShape(QLed::Rounded); }));
+        QVERIFY(isPaintedAfter([&led] { led.setOffColor(QLed::Red); }));
+        QVERIFY(isPaintedAfter([&led] { led.setValue(true); }));
+        QVERIFY(isPaintedAfter([&led] { led.setOnColor(QLed::Purple); }));
+        QVERIFY(isPaintedAfter([&led] { led.toggleValue(); }));
     }
 
     void propertiesAndEnumerationsAreKnownByName()

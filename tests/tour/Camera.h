@@ -14,6 +14,10 @@ public:
     /// The window, or the panel of a window, as folder/name.png.
     void take(QWidget* widget, const QString& name);
 
+    /// Colour of the middle of a widget as the screen shows it, by its usual name: "grey", "red", "yellow", "green" or
+    /// "purple"; any other hue in degrees.
+    QString colourOf(QWidget* widget) const;
+
     const QString& folder() const { return path; }
     /// Pictures that were saved.
     int count() const { return saved; }

@@ -47,26 +47,28 @@ void tour::loseAndRegainTheBeam(Stage& stage)
     auto* button = find<QPushButton>(stage.hand.widget("WidgetFeedbackControl"), "buttonFdbk");
     stage.plant.setBeamOn(false);
     stage.hand.wait(noticeSeconds);
-    stage.findings.equal(QStringLiteral("status without beam"), QStringLiteral("Beam OFF"), stage.heartbeat());
+    stage.findings.equal(QStringLiteral("status without beam"), QStringLiteral("Beam OFF, purple lamp"),
+                         stage.heartbeat());
     stage.findings.near(QStringLiteral("intensity without beam"), QStringLiteral("uA"), 0, 0.01,
                         stage.statistic("i0MeanLineEdit") * 1e6);
     stage.camera.take(stage.hand.mainWindow(), QStringLiteral("beam-off"));
     stage.plant.setBeamOn(true);
     stage.hand.wait(noticeSeconds);
-    stage.findings.equal(QStringLiteral("status when it is back"), QStringLiteral("Feedback ON"), stage.heartbeat());
+    stage.findings.equal(QStringLiteral("status when it is back"), QStringLiteral("Feedback ON, green lamp"),
+                         stage.heartbeat());
 
     stage.plant.kick(500, 0);
     stage.hand.wait(noticeSeconds);
-    stage.findings.equal(QStringLiteral("status after a kick of 500 um"), QStringLiteral("FAULT: Out of ROC"),
+    stage.findings.equal(QStringLiteral("status after a kick of 500 um"), QStringLiteral("FAULT: Out of ROC, red lamp"),
                          stage.heartbeat());
     stage.camera.take(stage.hand.widget("WidgetFeedbackControl"), QStringLiteral("fault"));
     stage.hand.press(button);
     stage.hand.wait(noticeSeconds);
-    stage.findings.equal(QStringLiteral("status after Disable Feedback"), QStringLiteral("Feedback OFF"),
+    stage.findings.equal(QStringLiteral("status after Disable Feedback"), QStringLiteral("Feedback OFF, grey lamp"),
                          stage.heartbeat());
     stage.hand.press(button);
     stage.hand.wait(2 * noticeSeconds);
-    stage.findings.equal(QStringLiteral("status after Enable Feedback"), QStringLiteral("Feedback ON"),
+    stage.findings.equal(QStringLiteral("status after Enable Feedback"), QStringLiteral("Feedback ON, green lamp"),
                          stage.heartbeat());
 }
 
@@ -84,7 +86,7 @@ void tour::unplugAndReplugAnAmplifier(Stage& stage)
     stage.findings.equal(QStringLiteral("in port B, unplugged"), QStringLiteral("nothing"),
                          productIn(stage, amplifierPort));
     stage.findings.holds(QStringLiteral("graphs of BPM2 hidden"), cloud->isHidden());
-    stage.findings.equal(QStringLiteral("the feedback on BPM1 goes on"), QStringLiteral("Feedback ON"),
+    stage.findings.equal(QStringLiteral("the feedback on BPM1 goes on"), QStringLiteral("Feedback ON, green lamp"),
                          stage.heartbeat());
     stage.plant.plug(amplifierPort, amplifierCode);
     stage.hand.wait(noticeSeconds);

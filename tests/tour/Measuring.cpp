@@ -74,7 +74,7 @@ void tour::sweepFrequencies(Stage& stage)
 
     stage.hand.press(find<QPushButton>(stage.hand.widget("WidgetFeedbackControl"), "buttonFdbk"));
     stage.hand.wait(3);
-    stage.findings.equal(QStringLiteral("status"), QStringLiteral("Feedback OFF"), stage.heartbeat());
+    stage.findings.equal(QStringLiteral("status"), QStringLiteral("Feedback OFF, grey lamp"), stage.heartbeat());
     stage.hand.press(find<QPushButton>(tool, "StartSweepPushButton"));
     stage.findings.holds(QStringLiteral("sweep came to its end"), boxes.count() == 1 && start->isEnabled());
 
@@ -184,7 +184,7 @@ void tour::save(Stage& stage)
     stage.hand.press(find<QPushButton>(panel, "buttonFdbk"));
     constexpr double window = 16;
     stage.hand.wait(window);
-    stage.findings.equal(QStringLiteral("status"), QStringLiteral("Feedback ON"), stage.heartbeat());
+    stage.findings.equal(QStringLiteral("status"), QStringLiteral("Feedback ON, green lamp"), stage.heartbeat());
 
     QWidget* tool = stage.open("action_Save_Data", "WindowSaveData");
     const QString path = stage.camera.folder() + QStringLiteral("/saved.csv");

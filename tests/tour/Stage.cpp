@@ -22,5 +22,7 @@ double Stage::statistic(const char* field) const
 
 QString Stage::heartbeat() const
 {
-    return find<QLabel>(hand.widget("WidgetFeedbackControl"), "heartbeatLabel")->text();
+    const QWidget* panel = hand.widget("WidgetFeedbackControl");
+    const QString colour = camera.colourOf(find<QWidget>(panel, "heartbeatLed"));
+    return QStringLiteral("%1, %2 lamp").arg(find<QLabel>(panel, "heartbeatLabel")->text(), colour);
 }

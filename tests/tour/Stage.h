@@ -18,6 +18,7 @@ struct Stage
     QWidget* open(const char* action, const char* className) const;
     /// A field of the panel "Statistics", in the unit that it shows.
     double statistic(const char* field) const;
-    /// Status text of the feedback panel.
+    /// Status of the feedback panel: its text, and the colour of the lamp that the screen shows beside it, as in
+    /// "Feedback ON, green lamp".
     QString heartbeat() const;
 };

@@ -213,7 +213,7 @@ void tour::enableFeedback(Stage& stage)
     QWidget* panel = stage.hand.widget(panelClass);
     stage.hand.press(find<QPushButton>(panel, "buttonFdbk"));
     stage.hand.wait(statisticsSeconds + windowSeconds);
-    stage.findings.equal(QStringLiteral("status"), QStringLiteral("Feedback ON"), stage.heartbeat());
+    stage.findings.equal(QStringLiteral("status"), QStringLiteral("Feedback ON, green lamp"), stage.heartbeat());
     const Spread closed = spreadOf(stage);
     stage.findings.atMost(QStringLiteral("spread of X, share of open loops"), QString(), 0.2, closed.x / openLoops.x);
     stage.findings.atMost(QStringLiteral("spread of Y, share of open loops"), QString(), 0.2, closed.y / openLoops.y);
