@@ -20,8 +20,6 @@ constexpr double longestHistoryS = 15;
 constexpr double statisticsHistoryS = 1.1;
 /// A waiting read looks again after this time at the latest, s.
 constexpr double longestNapS = 0.02;
-/// Part of an advance during which other callers wait, s.
-constexpr double advanceSliceS = 0.1;
 
 } // namespace
 
@@ -78,14 +76,19 @@ int Installation::newestRecords(void* destination, int count)
     return deliver(destination, std::min(count, DisplayStream::largestBlock));
 }
 
-std::int64_t Installation::missingSteps(int count) const
+StreamConditions Installation::conditions() const
 {
     const DisplayStream& stream = plant->stream();
-    const std::int64_t existing = stream.wasRateSet() ? stream.sinceRateSet() : stream.total();
-    const std::int64_t missing = count - existing;
-    if (missing <= 0 || stream.rate() == 0)
-        return 0;
-    return (missing * physicsRate + stream.rate() - 1) / stream.rate();
+    StreamConditions now = {};
+    now.kept = std::min<std::int64_t>(stream.total(), DisplayStream::largestBlock);
+    now.awaited = stream.wasRateSet() ? stream.sinceRateSet() : stream.total();
+    now.hertz = stream.rate();
+    now.missingRecords = faults.missingRecords();
+    now.garbageBlocks = faults.isGarbage();
+    now.drivenClock = driven;
+    now.bufferFails = faults.failures().count("getBuffer") > 0;
+    now.devicePresent = devicePresent;
+    return now;
 }
 
 int Installation::awaitedRecords(void* destination, int count)
@@ -98,8 +101,8 @@ int Installation::awaitedRecords(void* destination, int count)
             catchUp();
             ensureStreamHistory(count);
             if (driven)
-                plant->run(missingSteps(count));
-            const std::int64_t missing = missingSteps(count);
+                plant->run(conditions().missingSteps(count));
+            const std::int64_t missing = conditions().missingSteps(count);
             if (missing == 0)
                 return deliver(destination, count);
             nap = std::min(double(missing) / physicsRate, longestNapS);
@@ -108,10 +111,19 @@ int Installation::awaitedRecords(void* destination, int count)
     }
 }
 
+void Installation::computeRecords(int count)
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    catchUp();
+    ensureStreamHistory(count);
+    if (driven)
+        plant->run(std::min(conditions().missingSteps(count), std::int64_t(longestSliceS * physicsRate)));
+}
+
 bool Installation::isDevicePresent(int device)
 {
     const std::lock_guard<std::mutex> lock(mutex);
-    return devicePresent[device];
+    return devicePresent[std::size_t(device)];
 }
 
 template <typename Act>
@@ -140,7 +152,7 @@ void Installation::advance(double seconds)
 {
     std::int64_t left = std::llround(seconds * physicsRate);
     while (left > 0) {
-        const std::int64_t slice = std::min(left, std::int64_t(advanceSliceS * physicsRate));
+        const std::int64_t slice = std::min(left, std::int64_t(longestSliceS * physicsRate));
         manipulate([slice](Plant& advanced) { advanced.run(slice); });
         left -= slice;
     }
@@ -199,7 +211,7 @@ void Installation::setDevicePresent(const char* path, bool present)
     manipulate([=](Plant&) {
         for (int device = 0; device < deviceCount; ++device)
             if (std::strcmp(path, devicePaths[device]) == 0)
-                devicePresent[device] = present;
+                devicePresent[std::size_t(device)] = present;
     });
 }
 
@@ -241,12 +253,16 @@ double Installation::outputVolts(int output)
 void Installation::reset()
 {
     const std::lock_guard<std::mutex> lock(mutex);
-    plant.emplace(displayRate);
+    if (!switchedOn) {
+        switchedOn.emplace(displayRate);
+        switchedOn->run(std::int64_t(longestHistoryS * physicsRate));
+    }
+    plant = switchedOn;
+    historySteps = plant->stepsDone();
     faults = Faults();
-    historySteps = 0;
-    std::fill(std::begin(devicePresent), std::end(devicePresent), true);
+    devicePresent.fill(true);
+    ++resets;
     debt.start(clock.seconds());
-    ensureHistory(longestHistoryS);
 }
 
 InstallationState Installation::state()
@@ -273,8 +289,11 @@ InstallationState Installation::state()
         for (int port = 0; port < SfpPorts::count; ++port)
             now.ports[std::size_t(port)] = observed.ports().info(port).deviceId;
         now.cables = {observed.cables(0).connected(), observed.cables(1).connected()};
-        std::copy(std::begin(devicePresent), std::end(devicePresent), now.devicePresent.begin());
-        now.failing.insert(faults.failures().begin(), faults.failures().end());
+        now.devicePresent = devicePresent;
+        for (std::size_t i = 0; i < operationCount; ++i) {
+            const auto failure = faults.failures().find(operationNames[i]);
+            now.failing[i] = failure == faults.failures().end() ? 0 : failure->second;
+        }
         now.missingRecords = faults.missingRecords();
         now.garbageBlocks = faults.isGarbage();
         return now;

@@ -6,6 +6,7 @@
 #include "simulation/Plant.h"
 #include "simulation/Rates.h"
 #include "simulation/SimulationControl.h"
+#include "simulation/StreamConditions.h"
 
 #include <mutex>
 #include <optional>
@@ -16,6 +17,8 @@ namespace kora::simulation {
 constexpr const char* devicePaths[] = {streamDevicePath, amplifierDevicePath[0], amplifierDevicePath[1],
                                        outputDevicePath};
 constexpr int deviceCount = 4;
+/// Part of an advance during which other callers wait, s.
+constexpr double longestSliceS = 0.1;
 
 /// One plant under one lock, kept up to the clock by every call; no thread runs it. All members may be
 /// called from any thread.
@@ -54,6 +57,19 @@ public:
     /// The same, when as many records as asked for exist since the last setting of the rate. A stream of 0 Hz is
     /// not waited for, and with a driven clock the missing time is computed.
     int awaitedRecords(void* destination, int count);
+    /// With a driven clock, computes what is missing until `count` records can be read, but a tenth of a second at
+    /// most.
+    void computeRecords(int count);
+    /// Shows the stream of this moment, under the lock.
+    /// @param act called as act(const DisplayStream&, const StreamConditions&, int resets), the last being the number
+    /// of times that the installation was switched off and on again
+    template <typename Act>
+    void inspectStream(Act act)
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        catchUp();
+        act(plant->stream(), conditions(), resets);
+    }
     /// @param device index in the order of devicePaths
     bool isDevicePresent(int device);
 
@@ -83,7 +99,7 @@ private:
     void catchUp();
     void ensureHistory(double seconds);
     void ensureStreamHistory(int count);
-    std::int64_t missingSteps(int count) const;
+    StreamConditions conditions() const;
     int deliver(void* destination, int count);
     template <typename Act>
     auto manipulate(Act act);
@@ -92,15 +108,15 @@ private:
     const Clock& clock;
     const int displayRate;
     std::optional<Plant> plant;
+    /// As every reset leaves the plant. Kept from the first one on, since its history takes a while to compute.
+    std::optional<Plant> switchedOn;
     Faults faults;
     FixedStepClock debt;
     bool driven = false;
     /// Steps computed ahead of the visible time 0.
     std::int64_t historySteps = 0;
-    bool devicePresent[deviceCount] = {true, true, true, true};
+    std::array<bool, deviceCount> devicePresent = {true, true, true, true};
+    int resets = 0;
 };
-
-/// The installation of this process, made at the first call and never destroyed.
-Installation& installation();
 
 } // namespace kora::simulation

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "simulation/Operations.h"
+
+#include <algorithm>
 #include <array>
 #include <cstdint>
-#include <map>
-#include <string>
 
 namespace kora::simulation {
 
@@ -50,10 +51,16 @@ struct InstallationState
     std::array<std::uint16_t, 4> ports; ///< product codes, 0 for an empty port
     std::array<ElectrodeChannels, 2> cables;
     std::array<bool, 4> devicePresent; ///< in the order of devicePaths
-    /// Operations of the library that fail, and how many times more; -1 until told otherwise.
-    std::map<std::string, int> failing;
+    /// How many times more each operation of the library fails, in the order of operationNames; -1 until told
+    /// otherwise.
+    std::array<int, operationCount> failing;
     int missingRecords; ///< of each block of the stream
     bool garbageBlocks;
+
+    bool isAnythingFailing() const
+    {
+        return std::any_of(failing.begin(), failing.end(), [](int times) { return times != 0; });
+    }
 };
 
 } // namespace kora::simulation

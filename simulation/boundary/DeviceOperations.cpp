@@ -1,7 +1,8 @@
 #include "simulation/boundary/DeviceOperations.h"
 
-#include "simulation/Installation.h"
+#include "simulation/boundary/Access.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -13,44 +14,41 @@ constexpr int streamDevice = 0;
 constexpr int firstAmplifierDevice = 1;
 constexpr int outputDevice = 3;
 
+/// Reads a record of an amplifier into memory at any address.
+template <typename Record>
+int readAmplifier(Operation operation, int (AcquisitionBoard::*read)(int, Record*), int amplifier, void* destination)
+{
+    Record record;
+    const int result = access().perform(operation, read, -ENODEV, amplifier, &record);
+    if (result == 0)
+        std::memcpy(destination, &record, sizeof record);
+    return result;
+}
+
 int amplifierRequest(int amplifier, unsigned long request, void* record)
 {
-    return installation().operate([&](Plant& plant) {
-        if (!plant.ports().holds(amplifier, SfpPorts::AmplifierClass))
-            return -ENODEV;
-        if (request == requestAmplifierStatus) {
-            const AmplifierStatus status = plant.amplifierStatus(amplifier);
-            std::memcpy(record, &status, sizeof status);
-        } else {
-            const CurrentRecord currents = plant.currentRecord(amplifier);
-            std::memcpy(record, &currents, sizeof currents);
-        }
-        return 0;
-    });
+    return request == requestAmplifierStatus
+               ? readAmplifier(Operation::amplifierStatus, &AcquisitionBoard::amplifierStatus, amplifier, record)
+               : readAmplifier(Operation::amplifierCurrents, &AcquisitionBoard::amplifierCurrents, amplifier, record);
 }
 
 int setOutputs(const void* record)
 {
-    return installation().operate([&](Plant& plant) {
-        if (!plant.ports().holdsAnywhere(SfpPorts::OutputClass))
-            return -ENODEV;
-        double volts[4];
-        std::memcpy(volts, record, sizeof volts);
-        plant.outputs().write(volts);
-        return 0;
-    });
+    OutputVolts volts;
+    std::memcpy(volts.data(), record, sizeof volts);
+    return access().perform(Operation::writeOutputs, &AcquisitionBoard::writeOutputs, -ENODEV, volts);
 }
 
 } // namespace
 
 int deviceOpen(int device)
 {
-    return installation().isDevicePresent(device) ? 0 : -ENOENT;
+    return access().isDevicePresent(device) ? 0 : -ENOENT;
 }
 
 long deviceRead(int device, void* buffer, std::size_t bytes)
 {
-    if (!installation().isDevicePresent(device))
+    if (!access().isDevicePresent(device))
         return -ENODEV;
     if (device != streamDevice)
         return -EINVAL;
@@ -61,13 +59,14 @@ long deviceRead(int device, void* buffer, std::size_t bytes)
         return -EINVAL;
     if (!buffer)
         return -EFAULT;
-    return long(installation().awaitedRecords(buffer, int(records))) * long(sizeof(DisplayRecord));
+    const int delivered = access().awaitedRecords(buffer, int(records));
+    return delivered < 0 ? -ENODEV : long(delivered) * long(sizeof(DisplayRecord));
 }
 
 int deviceRequest(int device, unsigned long request, void* record)
 {
     request &= 0xffffffff;
-    if (!installation().isDevicePresent(device))
+    if (!access().isDevicePresent(device))
         return -ENODEV;
     const bool isAmplifier = device != streamDevice && device != outputDevice;
     const bool known = isAmplifier ? request == requestAmplifierStatus || request == requestCurrents

@@ -7,6 +7,7 @@
 #undef _FORTIFY_SOURCE
 
 #include "simulation/Installation.h"
+#include "simulation/boundary/Access.h"
 #include "simulation/boundary/DeviceOperations.h"
 #include "simulation/console/Listener.h"
 
@@ -140,7 +141,7 @@ bool takesMode(int flags) noexcept
 }
 
 /// Tries the look-up order out once, before main: the name must lead here, or through a sanitizer to here. The console
-/// is served from then on.
+/// is served from then on, unless a served installation is to be joined.
 __attribute__((constructor)) void checkLookUpOrder()
 {
     using Open = int(const char*, int, ...);
@@ -157,7 +158,8 @@ __attribute__((constructor)) void checkLookUpOrder()
         found(streamDevicePath, O_RDONLY);
     probing = false;
     if (reached) {
-        startListening();
+        if (isOwnExpected())
+            startListening(accessControl);
         return;
     }
     static const char message[] = "libkoralink.so.1 (simulated installation): the device files of this process are "

@@ -3,6 +3,7 @@
 #include "simulation/Installation.h"
 #include "simulation/Operations.h"
 #include "simulation/console/InputError.h"
+#include "simulation/console/Protocol.h"
 #include "simulation/console/StatusText.h"
 #include "simulation/processor/DisplayStream.h"
 
@@ -213,8 +214,8 @@ Action parseBlocks(const Words& words)
 Action parseRepair(const Words&)
 {
     return silently([](SimulationControl& control) {
-        for (const auto& failure : control.state().failing)
-            control.failFunction(failure.first.c_str(), 0);
+        for (const char* operation : operationNames)
+            control.failFunction(operation, 0);
         for (const char* path : devicePaths)
             control.setDevicePresent(path, true);
         control.truncateBlocks(0);
@@ -294,6 +295,15 @@ Action parseCommand(const Words& words)
         }
     }
     throw InputError("unknown command " + quoted(words[0]));
+}
+
+std::string answerTo(const std::string& line, SimulationControl& control)
+{
+    try {
+        return protocol::accepted + parseCommand(wordsOf(line))(control);
+    } catch (const InputError& error) {
+        return protocol::refused + std::string(error.what()) + '\n';
+    }
 }
 
 std::string commandHelp()

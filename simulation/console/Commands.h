@@ -14,6 +14,9 @@ using Action = std::function<std::string(SimulationControl&)>;
 /// @throw InputError
 Action parseCommand(const Words& words);
 
+/// Carries out a line of a console. @return what to answer, as Protocol.h has it
+std::string answerTo(const std::string& line, SimulationControl& control);
+
 /// One line a command, with its arguments and its effect.
 std::string commandHelp();
 

@@ -1,8 +1,6 @@
 #include "simulation/console/Conversation.h"
 
-#include "simulation/Installation.h"
 #include "simulation/console/Commands.h"
-#include "simulation/console/InputError.h"
 #include "simulation/console/Protocol.h"
 
 #include <poll.h>
@@ -19,20 +17,6 @@ namespace {
 /// A console that keeps the listener waiting for longer is dropped, s.
 constexpr double patience = 2;
 
-std::string refusal(const std::string& text)
-{
-    return protocol::refused + text + '\n';
-}
-
-std::string answerTo(const std::string& request)
-{
-    try {
-        return protocol::accepted + parseCommand(wordsOf(request))(installation());
-    } catch (const InputError& error) {
-        return refusal(error.what());
-    }
-}
-
 bool mayComeLater(int error)
 {
     return error == EAGAIN || error == EWOULDBLOCK || error == EINTR;
@@ -47,7 +31,10 @@ double patienceClock()
     return double(now.tv_sec) + 1e-9 * double(now.tv_nsec);
 }
 
-Conversation::Conversation(int connection) : fd(connection), end(patienceClock() + patience) {}
+Conversation::Conversation(int connection, ControlGetter getter)
+    : fd(connection), control(getter), end(patienceClock() + patience)
+{
+}
 
 Conversation::~Conversation()
 {
@@ -93,7 +80,8 @@ bool Conversation::takeCommand()
         isTooLong = request.size() > protocol::longestRequest;
         if (!isTooLong && request.back() != '\n')
             continue;
-        answer = isTooLong ? refusal("the command is too long") : answerTo(request);
+        answer =
+            isTooLong ? protocol::refused + std::string("the command is too long\n") : answerTo(request, control());
         phase = Phase::Answer;
         return sendAnswer();
     }

@@ -1,9 +1,14 @@
 #pragma once
 
+#include "simulation/SimulationControl.h"
+
 #include <cstddef>
 #include <string>
 
 namespace kora::simulation {
+
+/// Finds what commands are for. Called from the thread of the listener.
+using ControlGetter = SimulationControl& (*)();
 
 /// Real time, also where a test drives the other clocks of the process, s.
 double patienceClock();
@@ -14,7 +19,8 @@ class Conversation
 {
 public:
     /// @param connection a descriptor that does not block; this object closes it
-    explicit Conversation(int connection);
+    /// @param control gives the installation, when there is a command for it
+    Conversation(int connection, ControlGetter control);
     ~Conversation();
     Conversation(const Conversation&) = delete;
     Conversation& operator=(const Conversation&) = delete;
@@ -47,6 +53,7 @@ private:
     bool skipRest();
 
     int fd;
+    const ControlGetter control;
     const double end;
     Phase phase = Phase::Command;
     bool isTooLong = false;

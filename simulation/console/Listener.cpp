@@ -37,15 +37,9 @@ using Conversations = std::list<Conversation>;
 
 /// Written before the thread starts; a forked child forgets them.
 int listener = -1;
+ControlGetter installationControl = nullptr;
 /// Plain memory, since it is read when static objects are gone.
-char servedPath[PATH_MAX] = "";
-
-bool isSameUser(int fd)
-{
-    ucred peer = {};
-    socklen_t size = sizeof peer;
-    return getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid();
-}
+char socketFile[PATH_MAX] = "";
 
 /// Milliseconds until the first of the conversations has lasted too long, -1 without one.
 int longestWait(const Conversations& conversations)
@@ -68,11 +62,11 @@ bool acceptConsole(Conversations& conversations)
             usleep(napMicroseconds);
         return true;
     }
-    if (!isSameUser(fd)) {
+    if (!isPeerSameUser(fd)) {
         close(fd);
         return true;
     }
-    conversations.emplace_back(fd);
+    conversations.emplace_back(fd, installationControl);
     if (conversations.size() > mostConversations)
         conversations.pop_front();
     return true;
@@ -129,13 +123,13 @@ void forgetInChild()
     if (listener >= 0)
         close(listener);
     listener = -1;
-    servedPath[0] = '\0';
+    socketFile[0] = '\0';
 }
 
 __attribute__((destructor)) void removeSocket()
 {
-    if (servedPath[0] != '\0')
-        unlink(servedPath);
+    if (socketFile[0] != '\0')
+        unlink(socketFile);
 }
 
 /// Under its name the socket appears when it listens already: whoever finds it refused takes it for an orphan.
@@ -153,7 +147,7 @@ bool openSocket(const std::string& folder)
         unlink(hidden.c_str());
         return false;
     }
-    path.copy(servedPath, sizeof servedPath - 1);
+    path.copy(socketFile, sizeof socketFile - 1);
     return true;
 }
 
@@ -176,9 +170,12 @@ bool startThread()
 
 } // namespace
 
-void startListening() noexcept
+void startListening(ControlGetter control) noexcept
 {
+    if (listener >= 0)
+        return;
     try {
+        installationControl = control;
         const std::string folder = socketFolder();
         listener = folder.empty() ? -1 : newSocket();
         if (listener >= 0 && openSocket(folder) && pthread_atfork(nullptr, nullptr, forgetInChild) == 0 &&
@@ -189,6 +186,15 @@ void startListening() noexcept
     }
     removeSocket();
     forgetInChild();
+}
+
+void stopListening() noexcept
+{
+    removeSocket();
+    socketFile[0] = '\0';
+    // The thread meets a socket that takes no more connections, and ends.
+    if (listener >= 0)
+        shutdown(listener, SHUT_RDWR);
 }
 
 } // namespace kora::simulation

@@ -11,4 +11,8 @@ constexpr char refused[] = "refused\n";
 /// Bytes with the line end; longer lines are refused.
 constexpr std::size_t longestRequest = 4096;
 
+/// What only a service is told: to end, and to list the programs that have joined.
+constexpr char stop[] = "stop";
+constexpr char programs[] = "programs";
+
 } // namespace kora::simulation::protocol

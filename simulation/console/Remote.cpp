@@ -1,5 +1,6 @@
 #include "simulation/console/Remote.h"
 
+#include "simulation/console/CommandLine.h"
 #include "simulation/console/InputError.h"
 #include "simulation/console/Protocol.h"
 #include "simulation/console/UnixSocket.h"
@@ -53,39 +54,47 @@ std::vector<RunningSimulation> Remote::all()
     return running;
 }
 
-Remote Remote::find(std::optional<pid_t> pid)
+Remote Remote::find(const Wanted& wanted)
 {
-    if (pid) {
+    if (wanted.pid || !wanted.name.empty()) {
         for (const RunningSimulation& simulation : runningSimulations())
-            if (simulation.pid == *pid)
+            if (wanted.pid ? simulation.pid == *wanted.pid : simulation.name == wanted.name)
                 return Remote(simulation);
-        throw noneFound("no simulation is running in process " + std::to_string(*pid));
+        throw noneFound(wanted.pid ? "no simulation is running in process " + std::to_string(*wanted.pid)
+                                   : "no installation is served as " + quoted(wanted.name));
     }
     const std::vector<RunningSimulation> running = all();
     if (running.size() > 1) {
-        std::string pids;
+        std::string shown;
         for (const RunningSimulation& simulation : running)
-            pids += (pids.empty() ? "" : ", ") + std::to_string(simulation.pid);
-        throw InputError("several simulations are running (" + pids + "): choose one with --pid");
+            shown += (shown.empty() ? "" : ", ") +
+                     (simulation.name.empty() ? std::to_string(simulation.pid) : quoted(simulation.name));
+        throw InputError("several simulations are running (" + shown + "): choose one with --pid or --name");
     }
     return Remote(running.front());
+}
+
+std::string Remote::described() const
+{
+    return simulation.name.empty() ? "the simulation in process " + std::to_string(simulation.pid)
+                                   : "the installation served as " + quoted(simulation.name);
 }
 
 std::string Remote::ask(const std::string& command) const
 {
     if (command.size() >= protocol::longestRequest)
         throw InputError("the command is too long");
-    const Connection connection{newSocket()};
+    const Connection connection{newSocket(isServed() ? SOCK_SEQPACKET : SOCK_STREAM)};
     if (connection.fd < 0)
         throw NoSimulation(std::string("no socket: ") + std::strerror(errno));
     limitWaiting(connection.fd, patience);
     if (connectTo(connection.fd, simulation.socket) != 0)
-        throw NoSimulation("the simulation in process " + std::to_string(simulation.pid) + " has ended or hangs");
+        throw NoSimulation(described() + " has ended or hangs");
     std::string answer = converse(connection.fd, command + '\n');
     if (takePrefix(answer, protocol::accepted))
         return answer;
     if (!takePrefix(answer, protocol::refused))
-        throw NoSimulation("the simulation in process " + std::to_string(simulation.pid) + " does not answer");
+        throw NoSimulation(described() + " does not answer");
     answer.erase(answer.find_last_not_of('\n') + 1);
     throw InputError(answer);
 }

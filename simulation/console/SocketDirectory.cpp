@@ -4,6 +4,8 @@
 #include "simulation/console/UnixSocket.h"
 
 #include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -19,7 +21,9 @@ namespace kora::simulation {
 namespace {
 
 constexpr char suffix[] = ".socket";
-/// Room that a folder must leave for the names of sockets in an address.
+constexpr char servedSuffix[] = ".served";
+constexpr std::size_t longestServedName = 32;
+/// Room that a folder must leave for the names of sockets in an address. That of a served installation may be longer.
 constexpr std::size_t longestName = sizeof "/.4194304.socket";
 
 struct FolderCloser
@@ -45,14 +49,19 @@ bool isOurs(const std::string& folder)
            (file.st_mode & 077) == 0;
 }
 
-pid_t pidOf(const std::string& name)
+/// The name of a file without its suffix, empty for a file with another one.
+std::string stem(const std::string& file, const std::string& ending)
 {
-    const std::size_t length = name.size() - std::min(name.size(), sizeof suffix - 1);
+    const std::size_t length = file.size() - std::min(file.size(), ending.size());
+    return file.compare(length, std::string::npos, ending) == 0 ? file.substr(0, length) : std::string();
+}
+
+pid_t pidOf(const std::string& file)
+{
+    const std::string digits = stem(file, suffix);
     pid_t pid = 0;
-    const auto [end, error] = std::from_chars(name.data(), name.data() + length, pid);
-    return error == std::errc() && name.compare(length, std::string::npos, suffix) == 0 && end == name.data() + length
-               ? pid
-               : 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), pid);
+    return error == std::errc() && end == digits.data() + digits.size() ? pid : 0;
 }
 
 /// Whether a process stands behind the socket; its file is removed if none does.
@@ -67,6 +76,16 @@ bool isServed(const std::string& path)
     if (refused)
         unlink(path.c_str());
     return !refused;
+}
+
+/// The process behind the socket of a served installation, 0 if there is none.
+pid_t servingPid(const std::string& path)
+{
+    const int fd = connectToServed(path);
+    const std::optional<ucred> peer = fd < 0 ? std::nullopt : peerOf(fd);
+    if (fd >= 0)
+        close(fd);
+    return peer ? peer->pid : 0;
 }
 
 } // namespace
@@ -98,6 +117,55 @@ std::string socketPath(const std::string& folder, pid_t pid)
     return folder + '/' + std::to_string(pid) + suffix;
 }
 
+std::string servedPath(const std::string& folder, const std::string& name)
+{
+    return folder + '/' + name + servedSuffix;
+}
+
+bool isServedName(const std::string& name)
+{
+    return !name.empty() && name.size() <= longestServedName && name != "own" &&
+           name.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-") ==
+               std::string::npos;
+}
+
+FolderLock::FolderLock(const std::string& folder) : fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+{
+    if (fd >= 0)
+        flock(fd, LOCK_EX);
+}
+
+FolderLock::~FolderLock()
+{
+    if (fd >= 0)
+        close(fd);
+}
+
+int connectToServed(const std::string& path)
+{
+    const auto attempt = [&path] {
+        const int fd = newSocket(SOCK_SEQPACKET);
+        if (fd < 0)
+            return fd;
+        limitWaiting(fd, 1);
+        if (connectTo(fd, path) == 0)
+            return fd;
+        const int error = errno;
+        close(fd);
+        errno = error;
+        return -1;
+    };
+    const int fd = attempt();
+    if (fd >= 0 || errno != ECONNREFUSED)
+        return fd;
+    // Looked at again under the lock: another service may just have taken its place.
+    const FolderLock lock(path.substr(0, path.rfind('/')));
+    const int again = attempt();
+    if (again < 0 && errno == ECONNREFUSED)
+        unlink(path.c_str());
+    return again;
+}
+
 std::vector<RunningSimulation> runningSimulations()
 {
     std::vector<RunningSimulation> found;
@@ -108,7 +176,13 @@ std::vector<RunningSimulation> runningSimulations()
     while (const dirent* const entry = readdir(directory.get())) {
         const pid_t pid = pidOf(entry->d_name);
         if (pid > 0 && isServed(socketPath(folder, pid)))
-            found.push_back({pid, socketPath(folder, pid)});
+            found.push_back({pid, socketPath(folder, pid), {}});
+        const std::string name = stem(entry->d_name, servedSuffix);
+        if (!isServedName(name))
+            continue;
+        const pid_t server = servingPid(servedPath(folder, name));
+        if (server > 0)
+            found.push_back({server, servedPath(folder, name), name});
     }
     std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.pid < b.pid; });
     return found;

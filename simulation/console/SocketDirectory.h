@@ -16,14 +16,39 @@ std::string socketFolder();
 std::string untrustedFolders();
 std::string socketPath(const std::string& folder, pid_t pid);
 
+/// The socket of a served installation, on which programs join it and consoles command it.
+std::string servedPath(const std::string& folder, const std::string& name);
+/// Whether an installation can be served by this name: 1 to 32 letters, digits, "_" and "-", and not "own", which says
+/// that none is to be joined.
+bool isServedName(const std::string& name);
+
 struct RunningSimulation
 {
     pid_t pid;
     std::string socket;
+    std::string name; ///< of a served installation, else empty
 };
 
 /// All simulations of this user, the lowest pid first. Takes away the sockets of processes that ended without doing
 /// it.
 std::vector<RunningSimulation> runningSimulations();
+
+/// A connection to the socket of a served installation, whose calls wait for a second at most. Takes the socket away
+/// if nobody serves it.
+/// @return its descriptor, -1 if nobody does
+int connectToServed(const std::string& path);
+
+/// Keeps others from claiming a name, or taking sockets away, while it lives. No file is left behind.
+class FolderLock
+{
+public:
+    explicit FolderLock(const std::string& folder);
+    ~FolderLock();
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+private:
+    const int fd;
+};
 
 } // namespace kora::simulation

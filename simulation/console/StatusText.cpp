@@ -182,9 +182,12 @@ std::string statusText(const InstallationState& state)
     addElectronics(table, state);
     for (std::size_t device = 0; device < state.devicePresent.size(); ++device)
         table.add("device files", std::string(devicePaths[device]) + (state.devicePresent[device] ? "" : " removed"));
-    for (const auto& [name, times] : state.failing)
-        table.add("failing", name + (times < 0 ? " until told" : " " + std::to_string(times) + " times"));
-    if (state.failing.empty())
+    for (std::size_t i = 0; i < operationCount; ++i)
+        if (state.failing[i] != 0)
+            table.add("failing",
+                      operationNames[i] + (state.failing[i] < 0 ? std::string(" until told")
+                                                                : ' ' + std::to_string(state.failing[i]) + " times"));
+    if (!state.isAnythingFailing())
         table.add("failing", "nothing");
     return table.result();
 }
@@ -201,8 +204,9 @@ std::string statusJson(const InstallationState& state)
     for (std::size_t device = 0; device < state.devicePresent.size(); ++device)
         devices.add(devicePaths[device], boolean(state.devicePresent[device]));
     Json failing('{');
-    for (const auto& [name, times] : state.failing)
-        failing.add(name, std::to_string(times));
+    for (std::size_t i = 0; i < operationCount; ++i)
+        if (state.failing[i] != 0)
+            failing.add(operationNames[i], std::to_string(state.failing[i]));
     return Json('{')
                .add("time_s", textOf(state.time))
                .add("driven_clock", boolean(state.drivenClock))

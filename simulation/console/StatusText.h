@@ -2,6 +2,8 @@
 
 #include "simulation/InstallationState.h"
 
+#include <string>
+
 namespace kora::simulation {
 
 /// The state as a table for the trainer, one topic a line.

@@ -1,8 +1,8 @@
 #include "simulation/console/UnixSocket.h"
 
-#include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -36,9 +36,24 @@ int connectTo(int fd, const std::string& path)
     return withAddress(fd, path, connect);
 }
 
-int newSocket()
+int newSocket(int type)
 {
-    return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    return socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
+}
+
+std::optional<ucred> peerOf(int fd)
+{
+    ucred peer = {};
+    socklen_t size = sizeof peer;
+    if (getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
+        return std::nullopt;
+    return peer;
+}
+
+bool isPeerSameUser(int fd)
+{
+    const std::optional<ucred> peer = peerOf(fd);
+    return peer && peer->uid == geteuid();
 }
 
 void limitWaiting(int fd, int seconds)

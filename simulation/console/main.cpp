@@ -2,16 +2,21 @@
 
 #include "simulation/console/Commands.h"
 #include "simulation/console/InputError.h"
+#include "simulation/console/Protocol.h"
 #include "simulation/console/Remote.h"
 #include "simulation/console/Scenario.h"
+#include "simulation/service/ServeCommand.h"
 
 #include <unistd.h>
 
 #include <charconv>
 #include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <fstream>
+#include <sstream>
+#include <system_error>
 
 using namespace kora::simulation;
 
@@ -21,21 +26,28 @@ constexpr int noSimulationStatus = 1;
 constexpr int wrongInputStatus = 2;
 constexpr int unwrittenStatus = 3;
 
-constexpr char usage[] = "usage: kora-sim [--pid N] COMMAND [ARGUMENTS]";
+constexpr char usage[] = "usage: kora-sim [--pid N | --name NAME] COMMAND [ARGUMENTS]";
 
 void showHelp()
 {
     std::printf("%s\n\n"
-                "Talks to a running simulated installation of the same user.\n\n"
+                "Talks to a running simulated installation of the same user, or serves one to many programs.\n\n"
                 "options:\n"
                 "  --pid N                     the simulation in process N, where several run\n"
+                "  --name NAME                 the installation that is served by this name; KORA_SIMULATION in the\n"
+                "                              environment names it too\n"
                 "  --help                      this text\n"
                 "  --version                   the version\n\n"
                 "commands:\n%s"
                 "  play [--speed F] [--silent] [--check] FILE\n"
                 "                              play a scenario: F times as fast, without showing its steps,\n"
                 "                              or only check it\n"
-                "  list                        show the running simulations\n\n"
+                "  list                        show the running simulations, and the programs that have joined\n"
+                "  serve [--name NAME] [--rate HZ] [--driven]\n"
+                "                              serve an installation to programs until it is stopped: by this name,\n"
+                "                              default without one, at this rate of the stream, with a clock that\n"
+                "                              programs drive\n"
+                "  stop [--name NAME]          end the service\n\n"
                 "Exit status: 0 done, 1 no simulation is running or it does not answer, 2 wrong input,\n"
                 "3 done, but the answer cannot be written.\n",
                 usage, commandHelp().c_str());
@@ -49,10 +61,25 @@ std::string programName(pid_t pid)
     return name;
 }
 
+/// The programs that have joined a service, each on a line.
+void showPrograms(const Remote& service)
+{
+    std::istringstream lines(service.ask(protocol::programs));
+    for (std::string line; std::getline(lines, line);)
+        std::printf("  %s\n", line.c_str());
+}
+
 void listSimulations()
 {
-    for (const RunningSimulation& simulation : Remote::all())
-        std::printf("%d %s\n", int(simulation.pid), programName(simulation.pid).c_str());
+    for (const RunningSimulation& simulation : Remote::all()) {
+        const Remote remote(simulation);
+        std::printf("%d %s", int(simulation.pid), programName(simulation.pid).c_str());
+        if (remote.isServed())
+            std::printf(" serves \"%s\"", simulation.name.c_str());
+        std::putchar('\n');
+        if (remote.isServed())
+            showPrograms(remote);
+    }
 }
 
 /// A scenario by its path, or one of those installed beside this program by its name.
@@ -102,7 +129,22 @@ PlayOptions parsePlay(const Words& words)
     return options;
 }
 
-void play(const Words& words, std::optional<pid_t> pid)
+void stop(const Words& words, Wanted wanted)
+{
+    if (words.size() == 3 && words[1] == "--name")
+        wanted.name = servedName(words[2]);
+    else if (words.size() > 1)
+        throw InputError("stop wants [--name NAME]");
+    if (!wanted.pid && wanted.name.empty())
+        wanted.name = defaultServedName;
+    const Remote remote = Remote::find(wanted);
+    if (!remote.isServed())
+        throw InputError("the simulation in process " + std::to_string(*wanted.pid) +
+                         " is no service: it ends with its program");
+    remote.ask(protocol::stop);
+}
+
+void play(const Words& words, const Wanted& wanted)
 {
     const PlayOptions options = parsePlay(words);
     const Scenario scenario = Scenario::load(scenarioPath(options.file));
@@ -110,7 +152,7 @@ void play(const Words& words, std::optional<pid_t> pid)
         std::printf("%zu steps in %s s\n", scenario.steps.size(), textOf(scenario.steps.back().time).c_str());
         return;
     }
-    const Remote remote = Remote::find(pid);
+    const Remote remote = Remote::find(wanted);
     const auto time = [&] { return numberOf(wordsOf(remote.ask("time")).at(0), "the simulated time", 0, 1e12); };
     const auto perform = [&](const Scenario::Step& step) {
         const std::string answer = remote.ask(step.command);
@@ -122,7 +164,7 @@ void play(const Words& words, std::optional<pid_t> pid)
 }
 
 /// Takes the options before the command out of the words. @return whether all is said by them
-bool takeOptions(Words& words, std::optional<pid_t>& pid)
+bool takeOptions(Words& words, Wanted& wanted)
 {
     while (!words.empty() && words.front().rfind("-", 0) == 0) {
         const std::string option = words.front();
@@ -135,11 +177,15 @@ bool takeOptions(Words& words, std::optional<pid_t>& pid)
             std::puts("kora-sim " KORA_VERSION);
             return true;
         }
-        if (option != "--pid")
+        if (option != "--pid" && option != "--name")
             throw InputError("unknown option " + quoted(option));
         if (words.empty())
-            throw InputError("--pid wants the number of a process");
-        pid = wholeNumberOf(words.front(), "--pid", 1, INT_MAX);
+            throw InputError(option == "--pid" ? "--pid wants the number of a process"
+                                               : "--name wants the name of a served installation");
+        if (option == "--pid")
+            wanted.pid = wholeNumberOf(words.front(), "--pid", 1, INT_MAX);
+        else
+            wanted.name = servedName(words.front());
         words.erase(words.begin());
     }
     return false;
@@ -147,13 +193,20 @@ bool takeOptions(Words& words, std::optional<pid_t>& pid)
 
 void perform(Words words)
 {
-    std::optional<pid_t> pid;
-    if (takeOptions(words, pid))
+    Wanted wanted;
+    if (takeOptions(words, wanted))
         return;
+    const char* const surroundings = std::getenv("KORA_SIMULATION");
+    if (!wanted.pid && wanted.name.empty() && surroundings && isServedName(surroundings))
+        wanted.name = surroundings;
     if (words.empty())
         throw InputError("a command is missing; kora-sim --help shows them");
     if (words.front() == "play") {
-        play(words, pid);
+        play(words, wanted);
+    } else if (words.front() == "serve") {
+        serve(words, wanted.name);
+    } else if (words.front() == "stop") {
+        stop(words, wanted);
     } else if (words.front() == "list") {
         if (words.size() > 1)
             throw InputError("list takes no arguments");
@@ -161,7 +214,7 @@ void perform(Words words)
     } else {
         // Read here for the sake of its mistakes, which need no simulation to be told.
         parseCommand(words);
-        std::fputs(Remote::find(pid).ask(lineOf(words)).c_str(), stdout);
+        std::fputs(Remote::find(wanted).ask(lineOf(words)).c_str(), stdout);
     }
 }
 
@@ -181,5 +234,8 @@ int main(int argc, char** argv)
     } catch (const InputError& error) {
         std::fprintf(stderr, "kora-sim: %s\n", error.what());
         return wrongInputStatus;
+    } catch (const std::system_error& error) {
+        std::fprintf(stderr, "kora-sim: %s\n", error.what());
+        return noSimulationStatus;
     }
 }

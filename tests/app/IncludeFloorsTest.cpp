@@ -28,6 +28,7 @@ enum Floor
     SimulatedOutputs,
     SimulatedInstallation,
     SimulatedConsole,
+    SimulatedService,
     SimulatedBoundary
 };
 
@@ -64,8 +65,11 @@ const FloorOfUnits floors[] = {
     {SimulatedDetectors, "simulation/detectors", "\\w+"},
     {SimulatedProcessor, "simulation/processor", "\\w+"},
     {SimulatedOutputs, "simulation/outputs", "\\w+"},
-    {SimulatedInstallation, "simulation", "Faults|Installation|Plant|PowerOn|SimulationControl"},
-    {SimulatedConsole, "simulation/console", "\\w+"},
+    {SimulatedInstallation, "simulation",
+     "AcquisitionBoard|ControlLibrary|Faults|Installation|Plant|PowerOn|SimulationControl|StreamConditions"},
+    {SimulatedConsole, "simulation/console", "(?!main$)\\w+"},
+    {SimulatedService, "simulation/service", "\\w+"},
+    {SimulatedBoundary, "simulation/console", "main"},
     {SimulatedBoundary, "simulation/boundary", "\\w+"},
 };
 

@@ -150,9 +150,9 @@ private slots:
             const ConsoleRun run = console({QString::fromLatin1(option)});
             QCOMPARE(run.status, 0);
             QVERIFY(run.error.isEmpty());
-            for (const char* command :
-                 {"beam", "drift", "kick", "vibration", "noise", "quiet", "plug", "unplug", "cable", "remove",
-                  "restore", "fail", "blocks", "repair", "reset", "time", "status", "play", "list"})
+            for (const char* command : {"beam",   "drift", "kick",   "vibration", "noise", "quiet",  "plug",
+                                        "unplug", "cable", "remove", "restore",   "fail",  "blocks", "repair",
+                                        "reset",  "time",  "status", "play",      "list",  "serve",  "stop"})
                 QVERIFY2(run.output.contains(QStringLiteral("\n  ") + QLatin1String(command)), command);
             for (const QString& row : run.output.split(QLatin1Char('\n')))
                 QVERIFY2(row.size() <= 100, qPrintable(row));
@@ -173,7 +173,7 @@ private slots:
             QVERIFY2(text.contains(heading), qPrintable(command));
             ++commands;
         }
-        QCOMPARE(commands, 19);
+        QCOMPARE(commands, 21);
     }
 
     void versionIsShown()
