@@ -9,6 +9,11 @@ buildPackages=(
 runPackages=(imagemagick openbox x11-utils bubblewrap)
 fuzzPackages=(clang libclang-rt-14-dev)
 testPackages=(binutils bubblewrap dpkg-dev desktop-file-utils appstream man-db groff-base imagemagick)
+# Of the device server for the control system TANGO, which is built and tested where they are.
+tangoPackages=(
+  libtango-dev python3-tango python3-numpy python3-taurus python3-taurus-pyqtgraph
+  mariadb-server-core mariadb-client-core
+)
 benchPackages=(libbenchmark-dev libqwt-qt5-dev libspdlog-dev libxcb1-dev)
 
 # Runs a command as root: directly, or with sudo.
@@ -35,6 +40,19 @@ installMissing() {
   echo "Installing ${missing[*]}"
   asRoot env DEBIAN_FRONTEND=noninteractive apt-get update -q >/dev/null
   asRoot env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# Unpacks the TANGO database into build/tango-db, since its package would install and start services.
+unpackTangoDatabase() {
+  [ -x build/tango-db/usr/lib/tango/DataBaseds ] && return 0
+  local folder
+  folder=$(mktemp -d)
+  if (cd "$folder" && apt-get download -q tango-db >/dev/null 2>&1) && dpkg -x "$folder"/tango-db_*.deb build/tango-db; then
+    rm -rf "$folder"
+    return 0
+  fi
+  rm -rf "$folder" build/tango-db
+  return 1
 }
 
 # Configures a preset once and builds the named targets, or all.
