@@ -151,7 +151,7 @@ void Plant::runLoops()
     stepsToLoop = physicsRate / rate;
     if (rate != currentLoopRate) {
         currentLoopRate = rate;
-        for (auto& bpm : signals)
+        for (auto& bpm : signalStatistics)
             for (Statistics& signal : bpm)
                 signal.start(rate);
     }
@@ -159,9 +159,9 @@ void Plant::runLoops()
     bool hasIntensity[2];
     for (int bpm = 0; bpm < 2; ++bpm) {
         hasIntensity[bpm] = !sfp.holds(bpm, SfpPorts::EncoderClass);
-        signals[bpm][0].add(readings[bpm].x);
-        signals[bpm][1].add(readings[bpm].y);
-        signals[bpm][2].add(readings[bpm].intensity);
+        signalStatistics[bpm][0].add(readings[bpm].x);
+        signalStatistics[bpm][1].add(readings[bpm].y);
+        signalStatistics[bpm][2].add(readings[bpm].intensity);
         amplifiers[bpm].advanceBias(period);
     }
     feedback.tick(readings, monitors, region.judge(readings, hasIntensity), period);
@@ -200,9 +200,9 @@ BPMStats Plant::statistics() const
     BPMStats stats;
     stats.reserved = std::uint64_t(steps);
     for (int bpm = 0; bpm < 2; ++bpm) {
-        const Statistics& x = signals[bpm][0];
-        const Statistics& y = signals[bpm][1];
-        const Statistics& i0 = signals[bpm][2];
+        const Statistics& x = signalStatistics[bpm][0];
+        const Statistics& y = signalStatistics[bpm][1];
+        const Statistics& i0 = signalStatistics[bpm][2];
         stats.bpm[bpm] = {x.mean(),  x.deviation(),  x.filteredDeviation(),
                           y.mean(),  y.deviation(),  y.filteredDeviation(),
                           i0.mean(), i0.deviation(), i0.filteredDeviation()};

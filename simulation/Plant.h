@@ -69,7 +69,7 @@ private:
     Actuator actuators[4];
     DisplayStream display;
     /// X, Y and intensity of each BPM.
-    Statistics signals[2][3];
+    Statistics signalStatistics[2][3];
 
     double positionX = 0;
     double positionY = 0;
