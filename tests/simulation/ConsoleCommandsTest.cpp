@@ -366,10 +366,9 @@ private slots:
 
 private:
     /// Gives a command that must succeed; returns what it printed.
-    static QString tell(QStringList words)
+    static QString tell(const QStringList& words)
     {
-        words = QStringList{QStringLiteral("--pid"), QString::number(getpid())} + words;
-        const ConsoleRun run = runConsole(words);
+        const ConsoleRun run = runConsole(forThisInstallation(words));
         if (run.status != 0 || !run.error.isEmpty())
             QTest::qFail(run.described().constData(), __FILE__, __LINE__);
         return run.output;

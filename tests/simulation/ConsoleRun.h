@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStringList>
@@ -23,14 +24,25 @@ struct ConsoleRun
     }
 };
 
+/// A command for the installation that this process works on: its own, by the process, or a served one, which the
+/// environment names to the console, too.
+inline QStringList forThisInstallation(const QStringList& words)
+{
+    if (qEnvironmentVariable("KORA_SIMULATION", QStringLiteral("own")) != QLatin1String("own"))
+        return words;
+    return QStringList{QStringLiteral("--pid"), QString::number(QCoreApplication::applicationPid())} + words;
+}
+
 /// Runs kora-sim to its end.
 /// @param runtimeFolder  for XDG_RUNTIME_DIR; empty for that of this process
 inline ConsoleRun runConsole(const QStringList& arguments, const QString& runtimeFolder = QString())
 {
     QProcess console;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    if (!runtimeFolder.isEmpty())
+    if (!runtimeFolder.isEmpty()) {
         environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtimeFolder);
+        environment.remove(QStringLiteral("KORA_SIMULATION"));
+    }
     console.setProcessEnvironment(environment);
     console.start(QStringLiteral(KORA_CONSOLE), arguments);
     const bool ended = console.waitForFinished() && console.exitStatus() == QProcess::NormalExit;

@@ -146,7 +146,7 @@ private slots:
         QFETCH(QByteArray, text);
         QFETCH(QString, words);
         const QString file = written(text);
-        const ConsoleRun run = runConsole(named({QStringLiteral("play"), file}));
+        const ConsoleRun run = runConsole(forThisInstallation({QStringLiteral("play"), file}));
         QVERIFY2(run.isRefusal(2, words), run.described().constData());
         QVERIFY(run.error.contains(file));
         // Nothing of a scenario with a mistake is played.
@@ -158,7 +158,7 @@ private slots:
         control->useRealClock();
         const QString file = written("0 beam off\n0.2 kick 50 0\n0.3 unplug A\n0.4 status\n");
         const double before = control->time();
-        const ConsoleRun run = runConsole(named({QStringLiteral("play"), file}));
+        const ConsoleRun run = runConsole(forThisInstallation({QStringLiteral("play"), file}));
         QVERIFY2(run.status == 0, run.described().constData());
         QVERIFY(control->time() - before >= 0.4);
         QVERIFY(run.output.startsWith(QStringLiteral("       0.0 s  beam off\n       0.2 s  kick 50 0\n")));
@@ -169,8 +169,8 @@ private slots:
 
     void silentPlayShowsNothing()
     {
-        const ConsoleRun run =
-            runConsole(named({QStringLiteral("play"), QStringLiteral("--silent"), written("0 beam off\n")}));
+        const ConsoleRun run = runConsole(
+            forThisInstallation({QStringLiteral("play"), QStringLiteral("--silent"), written("0 beam off\n")}));
         QVERIFY2(run.status == 0 && run.output.isEmpty() && run.error.isEmpty(), run.described().constData());
         QCOMPARE(control->state().beamOn, false);
     }
@@ -204,7 +204,7 @@ private slots:
     {
         QProcess player;
         player.start(QStringLiteral(KORA_CONSOLE),
-                     named({QStringLiteral("play"), written("0 beam off\n30 beam on\n")}));
+                     forThisInstallation({QStringLiteral("play"), written("0 beam off\n30 beam on\n")}));
         QTRY_COMPARE(control->state().beamOn, false);
         QCOMPARE(player.state(), QProcess::Running);
         control->advance(31);
@@ -236,8 +236,8 @@ private slots:
         QVERIFY2(check.output.endsWith(QStringLiteral(" steps in %1 s\n").arg(seconds)), check.described().constData());
         const InstallationState before = control->state();
         control->useRealClock();
-        const ConsoleRun run = runConsole(
-            named({QStringLiteral("play"), QStringLiteral("--speed"), QStringLiteral("10000"), scenarioFolder + name}));
+        const ConsoleRun run = runConsole(forThisInstallation(
+            {QStringLiteral("play"), QStringLiteral("--speed"), QStringLiteral("10000"), scenarioFolder + name}));
         QVERIFY2(run.status == 0, run.described().constData());
         // All of them leave the installation in order.
         const InstallationState after = control->state();
@@ -271,11 +271,6 @@ private:
         if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
             qFatal("cannot write the scenario");
         return path;
-    }
-
-    static QStringList named(const QStringList& arguments)
-    {
-        return QStringList{QStringLiteral("--pid"), QString::number(QCoreApplication::applicationPid())} + arguments;
     }
 
     /// Plays a file on a clock that sleeping alone moves, by at most a hundredth of a second.
