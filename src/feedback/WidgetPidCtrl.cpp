@@ -7,6 +7,7 @@
 #include "hardware/LoopParameters.h"
 #include "hardware/MailboxComm.h"
 #include "logging/Log.h"
+#include "support/FieldGuard.h"
 #include "ui_WidgetPidCtrl.h"
 
 namespace {
@@ -18,6 +19,7 @@ constexpr int adminLevel = 2;
 WidgetPidCtrl::WidgetPidCtrl(QWidget* parent) : QWidget(parent), ui(new Ui::WidgetPidCtrl)
 {
     ui->setupUi(this);
+    new FieldGuard(this);
     params[LoopXlf] = ui->posXlfwidget;
     params[LoopXhf] = ui->posXhfwidget;
     params[LoopYlf] = ui->posYlfwidget;

@@ -7,6 +7,7 @@
 #include "hardware/MailboxComm.h"
 #include "hardware/VersionText.h"
 #include "stream/Updater.h"
+#include "support/FieldGuard.h"
 #include "ui_WindowBeamlineConf.h"
 
 #include <QTimer>
@@ -20,6 +21,7 @@ constexpr int refreshIntervalMs = 770;
 WindowBeamlineConf::WindowBeamlineConf(QWidget* parent) : QDialog(parent), ui(new Ui::WindowBeamlineConf)
 {
     ui->setupUi(this);
+    new FieldGuard(this);
     ui->boxBPM1->setEnabled(true);
     ui->boxBPM2->setEnabled(true);
     ui->boxBPM2->hide();

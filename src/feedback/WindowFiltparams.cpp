@@ -5,6 +5,7 @@
 #include "feedback/FilterDesign.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/koralink.h"
+#include "support/FieldGuard.h"
 #include "ui_WindowFiltparams.h"
 
 namespace {
@@ -24,6 +25,7 @@ constexpr int lastCoefficient = 4;
 WindowFiltparams::WindowFiltparams(QWidget* parent) : QDialog(parent), ui(new Ui::WindowFiltparams)
 {
     ui->setupUi(this);
+    new FieldGuard(this);
     connect(ui->comboBoxFilterXlf, SIGNAL(currentIndexChanged(int)), this, SLOT(updateFilterXlf()));
     connect(ui->comboBoxFilterYlf, SIGNAL(currentIndexChanged(int)), this, SLOT(updateFilterYlf()));
     connect(ui->buttonBox, SIGNAL(clicked(QAbstractButton*)), this, SLOT(buttonPressed(QAbstractButton*)));

@@ -3,6 +3,7 @@
 #include "app/Globals.h"
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceRecords.h"
+#include "support/FieldGuard.h"
 #include "ui_WindowManOutCtrl.h"
 
 #include <fcntl.h>
@@ -17,6 +18,7 @@ WindowManOutCtrl::WindowManOutCtrl(QWidget* parent)
     : QDialog(parent), ui(new Ui::WindowManOutCtrl), fd(outputDevicePath, O_RDWR | O_SYNC)
 {
     ui->setupUi(this);
+    new FieldGuard(this);
     QSlider* const formSliders[channelCount] = {ui->ch1slider, ui->ch2slider, ui->ch3slider, ui->ch4slider};
     QDoubleSpinBox* const formBoxes[channelCount] = {ui->boxCh1, ui->boxCh2, ui->boxCh3, ui->boxCh4};
     connect(ui->checboxEnableMan, SIGNAL(toggled(bool)), this, SLOT(enableMan_changed(bool)));

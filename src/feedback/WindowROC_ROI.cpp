@@ -6,6 +6,7 @@
 #include "graphs/WidgetGraphXY.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/MailboxComm.h"
+#include "support/FieldGuard.h"
 #include "ui_WidgetRoc.h"
 #include "ui_WindowROC_ROI.h"
 
@@ -28,6 +29,7 @@ double shownMicroamps(const QString& text)
 WindowROC_ROI::WindowROC_ROI(QWidget* parent) : QDialog(parent), ui(new Ui::WindowROC_ROI)
 {
     ui->setupUi(this);
+    new FieldGuard(this);
     connect(ui->buttonBox, SIGNAL(clicked(QAbstractButton*)), this, SLOT(sendROCconf(QAbstractButton*)));
     ui->rocWidget0->ui->bpmLabel->setText(QStringLiteral("BPM 1"));
     ui->rocWidget1->ui->bpmLabel->setText(QStringLiteral("BPM 2"));

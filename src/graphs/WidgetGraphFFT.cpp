@@ -7,6 +7,7 @@
 #include "graphs/TraceGraph.h"
 #include "stream/SignalTable.h"
 #include "stream/Updater.h"
+#include "support/FieldGuard.h"
 #include "ui_WidgetGraphFFT.h"
 
 namespace {
@@ -51,6 +52,7 @@ WidgetGraphFFT::WidgetGraphFFT(QWidget* parent) : QWidget(parent), ui(std::make_
         if (signal.spectrum.text)
             ui->selectorComboBox->addItem(QLatin1String(signal.spectrum.text));
     }
+    new FieldGuard(this);
     plot_theme::drawPlain(ui->graph);
     plotRedraw = new PlotRedraw(ui->graph);
     trace = new TraceGraph(ui->graph->xAxis, ui->graph->yAxis);

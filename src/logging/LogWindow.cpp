@@ -1,6 +1,8 @@
 #include "logging/LogWindow.h"
 
 #include "logging/WindowLogFilterProxyModel.h"
+#include "support/FieldGuard.h"
+#include "support/PlainTextBoxes.h"
 
 #include "ui_LogWindow.h"
 
@@ -25,6 +27,7 @@ constexpr quint64 noLimit = ~quint64(0);
 Window::Window(QWidget* parent) : QDialog(parent), model(noLimit), form(std::make_unique<Ui::LogWindow>())
 {
     form->setupUi(this);
+    new FieldGuard(this);
     connectControls();
 
     proxy = std::make_unique<WindowLogFilterProxyModel>(InfoLevel, 0);
@@ -74,6 +77,7 @@ void Window::OnPauseClicked()
 void Window::OnSaveClicked()
 {
     const QString text = selectedText();
+    const PlainTextBoxes plain;
     QFileDialog dialog(this, tr("Save log"));
     dialog.setNameFilter(tr("Log file (*.log)"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);

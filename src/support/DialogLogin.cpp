@@ -3,6 +3,7 @@
 #include "app/Globals.h"
 #include "hardware/koralink.h"
 #include "logging/Log.h"
+#include "support/FieldGuard.h"
 #include "ui_DialogLogin.h"
 
 #include <QMessageBox>
@@ -39,6 +40,7 @@ int levelOfName(const QString& name)
 DialogLogin::DialogLogin(QWidget* mainWindow) : QDialog(mainWindow), ui(new Ui::DialogLogin), mainWindow(mainWindow)
 {
     ui->setupUi(this);
+    new FieldGuard(this);
     connect(ui->logIn, SIGNAL(released()), this, SLOT(checkPasswd()));
 }
 

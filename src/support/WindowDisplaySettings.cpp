@@ -4,6 +4,7 @@
 #include "hardware/MailboxComm.h"
 #include "stream/DisplayRecord.h"
 #include "stream/Updater.h"
+#include "support/FieldGuard.h"
 
 #include "ui_WindowDisplaySettings.h"
 
@@ -11,6 +12,7 @@ WindowDisplaySettings::WindowDisplaySettings(QWidget* parent)
     : QDialog(parent), ui(std::make_unique<Ui::WindowDisplaySettings>())
 {
     ui->setupUi(this);
+    new FieldGuard(this);
     ui->dispFreqBox->setValue(SAMP_FREQ);
     bool filterEnabled = false;
     mailbox->getDisplayFreq(&filterEnabled);

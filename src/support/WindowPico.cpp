@@ -3,6 +3,7 @@
 #include "app/Globals.h"
 #include "hardware/MailboxComm.h"
 #include "stream/Updater.h"
+#include "support/FieldGuard.h"
 
 #include "ui_WindowPico.h"
 
@@ -11,6 +12,7 @@
 WindowPico::WindowPico(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowPico>())
 {
     ui->setupUi(this);
+    new FieldGuard(this);
     ui->widgetPico0->ionbarIndex = 0;
     ui->widgetPico1->ionbarIndex = 1;
     // Only a single device hides the other one here; with none, both stay until the first refresh.

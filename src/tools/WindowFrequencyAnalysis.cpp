@@ -6,6 +6,8 @@
 #include "stream/DeviceFile.h"
 #include "stream/DeviceRecords.h"
 #include "stream/MissingStream.h"
+#include "support/FieldGuard.h"
+#include "support/PlainTextBoxes.h"
 #include "tools/Pause.h"
 #include "tools/PendingEvents.h"
 #include "tools/frequency/Demodulation.h"
@@ -123,6 +125,7 @@ WindowFrequencyAnalysis::WindowFrequencyAnalysis(QWidget* parent)
     : QDialog(parent), ui(std::make_unique<Ui::WindowFrequencyAnalysis>())
 {
     ui->setupUi(this);
+    new FieldGuard(this);
     dressPlots();
     connect(ui->StartSweepPushButton, SIGNAL(released()), this, SLOT(slotStartSweepPushButton()));
     connect(ui->StopSweepPushButton, SIGNAL(released()), this, SLOT(slotStopSweepPushButton()));
@@ -404,6 +407,7 @@ void WindowFrequencyAnalysis::onPlotsTreeItemChanged(QTreeWidgetItem* item, int 
 void WindowFrequencyAnalysis::slotExportMeasPushButton()
 {
     const QPointer<WindowFrequencyAnalysis> self = this;
+    const PlainTextBoxes plain;
     // Without a parent, so that the dialog outlives a window that is destroyed beneath it.
     QString path = QFileDialog::getSaveFileName(nullptr, QStringLiteral("Select a file to export the data"), QString(),
                                                 QStringLiteral("CSV files (*.csv);;All Files (*)"));

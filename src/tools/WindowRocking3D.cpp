@@ -4,7 +4,8 @@
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceFile.h"
 #include "stream/DeviceRecords.h"
-#include "tools/DialogKeys.h"
+#include "support/FieldGuard.h"
+#include "support/PlainTextBoxes.h"
 #include "tools/Pause.h"
 #include "tools/PendingEvents.h"
 #include "ui_WindowRocking3D.h"
@@ -50,7 +51,7 @@ float averagedSum(DeviceFile& amplifier, unsigned long stepMicroseconds)
 WindowRocking3D::WindowRocking3D(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowRocking3D>())
 {
     ui->setupUi(this);
-    detachEnterKey(this);
+    new FieldGuard(this);
     connect(ui->goButton, SIGNAL(released()), SLOT(startMeasurement()));
     connect(ui->stopButton, SIGNAL(released()), SLOT(stopMeasurement()));
     connect(ui->saveButton, SIGNAL(released()), SLOT(saveData()));
@@ -128,6 +129,7 @@ void WindowRocking3D::saveData()
                              QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_hh-mm-ss")) +
                              QStringLiteral(".csv");
     const QPointer<WindowRocking3D> self(this);
+    const PlainTextBoxes plain;
     // Without a parent, so that the dialog outlives a window that is destroyed beneath it.
     const QString chosen = QFileDialog::getSaveFileName(nullptr, QStringLiteral("DialogTitle"), proposed,
                                                         QStringLiteral("CSV files (*.csv)"));

@@ -9,7 +9,7 @@
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceFile.h"
 #include "stream/PlotData.h"
-#include "tools/DialogKeys.h"
+#include "support/FieldGuard.h"
 #include "tools/Pause.h"
 #include "tools/PendingEvents.h"
 #include "ui_WindowRockingCurve.h"
@@ -77,7 +77,7 @@ WindowRockingCurve::WindowRockingCurve(QWidget* parent)
     : QDialog(parent), ui(std::make_unique<Ui::WindowRockingCurve>())
 {
     ui->setupUi(this);
-    detachEnterKey(this);
+    new FieldGuard(this);
     dressPlot();
     connect(ui->buttonStart, SIGNAL(released()), SLOT(startMeasurement()));
     connect(ui->boxStart, SIGNAL(valueChanged(double)), SLOT(minMaxChanged()));

@@ -4,6 +4,9 @@
 #include "stream/DeviceFile.h"
 #include "stream/DeviceRecords.h"
 #include "stream/DisplayRecord.h"
+#include "support/FieldGuard.h"
+#include "support/PlainTextBoxes.h"
+
 #include "ui_WindowSaveData.h"
 
 #include <QCheckBox>
@@ -37,8 +40,8 @@ WindowSaveData::WindowSaveData(QWidget* parent) : QDialog(parent), ui(std::make_
     makeCheckBoxes();
     ui->setupUi(this);
     placeCheckBoxes();
-    // Enter in a field saves; it does not open the file dialog.
-    ui->buttonBox->addButton(QStringLiteral("Save"), QDialogButtonBox::ApplyRole)->setDefault(true);
+    ui->buttonBox->addButton(QStringLiteral("Save"), QDialogButtonBox::ApplyRole);
+    new FieldGuard(this);
 
     connect(ui->nrSampBox, SIGNAL(valueChanged(int)), ui->nrSampSlider, SLOT(setValue(int)));
     connect(ui->nrSampSlider, SIGNAL(valueChanged(int)), ui->nrSampBox, SLOT(setValue(int)));
@@ -56,6 +59,7 @@ void WindowSaveData::getPath()
                              QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd_hh-mm-ss")) +
                              QStringLiteral(".csv");
     const QPointer<WindowSaveData> self = this;
+    const PlainTextBoxes plain;
     // The dialogs of this window have no parent, so that they outlive a window that is destroyed beneath
     // them.
     const QString path = QFileDialog::getSaveFileName(nullptr, QStringLiteral("Select filename..."), proposal,
@@ -75,6 +79,7 @@ void WindowSaveData::saveData(QAbstractButton* button)
     stream.read(block.data(), largestBlockBytes);
 
     const QPointer<WindowSaveData> self = this;
+    const PlainTextBoxes plain;
     if (ui->pathLineEdit->text().isEmpty())
         getPath();
     if (!self)

@@ -10,7 +10,7 @@
 #include "stream/DeviceFile.h"
 #include "stream/DisplayRecord.h"
 #include "stream/MissingStream.h"
-#include "tools/DialogKeys.h"
+#include "support/FieldGuard.h"
 #include "tools/Pause.h"
 #include "ui_WindowStepResponse.h"
 
@@ -111,7 +111,7 @@ WindowStepResponse::WindowStepResponse(QWidget* parent)
     ui->setupUi(this);
     QPushButton* runButton = ui->buttonBox->button(QDialogButtonBox::Apply);
     runButton->setText(QStringLiteral("Run"));
-    detachEnterKey(this);
+    new FieldGuard(this);
     dressPlot();
     makeAnnotation();
     // X is selected from the start, so its step is on offer as after a click on it.

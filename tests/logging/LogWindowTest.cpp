@@ -3,6 +3,7 @@
 #include "logging/DestinationMaker.h"
 #include "logging/Log.h"
 #include "support/FileDialogs.h"
+#include "support/MessageBoxes.h"
 
 #include <QHeaderView>
 #include <QSet>
@@ -340,6 +341,21 @@ private slots:
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), QByteArray("INFO  2026-07-01T12:20:30.045 one\n"
                                             "WARN  2026-07-01T12:20:30.045 2 \xc2\xb5m\n"));
+    }
+
+    void markupInTheNameOfASavedLogIsShownAsItStands()
+    {
+        const QTemporaryDir folder;
+        addMany(1);
+        QFile old(folder.filePath(QStringLiteral("<b>.log")));
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        FileDialogs answered(old.fileName());
+        answered.answerByButton();
+        const MessageBoxes boxes(QMessageBox::Yes);
+        button("toolButtonSave")->click();
+        QCOMPARE(boxes.count(), 1);
+        QVERIFY(boxes.boxes().first().text.contains(QLatin1String("<b>.log")));
+        QCOMPARE(boxes.boxes().first().textFormat, Qt::PlainText);
     }
 
     void saveThatIsCancelledOrCannotBeOpenedWritesNothing()

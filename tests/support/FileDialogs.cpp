@@ -21,12 +21,17 @@ bool FileDialogs::eventFilter(QObject* object, QEvent* event)
                      selected.isEmpty() ? QString() : QFileInfo(selected.first()).fileName(), dialog->defaultSuffix()});
         const QPointer<QFileDialog> shown = dialog;
         const QString path = answer;
-        QTimer::singleShot(0, this, [shown, path] {
+        const bool press = byButton;
+        QTimer::singleShot(0, this, [shown, path, press] {
             if (!shown)
                 return;
             if (!path.isEmpty())
                 shown->selectFile(path);
-            static_cast<QDialog*>(shown.data())->done(path.isEmpty() ? QDialog::Rejected : QDialog::Accepted);
+            auto* plainDialog = static_cast<QDialog*>(shown.data());
+            if (press)
+                plainDialog->accept();
+            else
+                plainDialog->done(path.isEmpty() ? QDialog::Rejected : QDialog::Accepted);
         });
     }
     return QObject::eventFilter(object, event);

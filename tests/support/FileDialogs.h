@@ -22,11 +22,14 @@ public:
     explicit FileDialogs(const QString& answer);
 
     void answerWith(const QString& path) { answer = path; }
+    /// Answers by the dialog's own button, so that the dialog may ask whether a file shall be replaced.
+    void answerByButton() { byButton = true; }
     const QVector<Dialog>& dialogs() const { return kept; }
 
     bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
     QString answer;
+    bool byButton = false;
     QVector<Dialog> kept;
 };

@@ -15,8 +15,8 @@ bool MessageBoxes::eventFilter(QObject* object, QEvent* event)
 {
     auto* box = qobject_cast<QMessageBox*>(object);
     if (box && event->type() == QEvent::Show) {
-        kept.append(
-            {box->windowTitle(), box->text(), box->icon(), box->standardButtons(), box->parentWidget() != nullptr});
+        kept.append({box->windowTitle(), box->text(), box->icon(), box->standardButtons(),
+                     box->parentWidget() != nullptr, box->textFormat()});
         const QPointer<QMessageBox> shown = box;
         const QMessageBox::StandardButton button = answer;
         QTimer::singleShot(0, this, [shown, button] {

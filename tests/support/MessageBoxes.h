@@ -17,6 +17,7 @@ public:
         QMessageBox::Icon icon;
         QMessageBox::StandardButtons buttons;
         bool hasParent;
+        Qt::TextFormat textFormat;
     };
 
     explicit MessageBoxes(QMessageBox::StandardButton answer = QMessageBox::Ok);

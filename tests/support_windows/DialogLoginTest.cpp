@@ -315,13 +315,18 @@ private slots:
         QCOMPARE(boxes.count(), 1);
     }
 
-    void returnKeyLogsIn()
+    void returnKeyLogsInOnTheButtonAndNotInAField()
     {
         dialog->show();
+        QApplication::setActiveWindow(dialog);
         find<QLineEdit>(dialog, "usernameLineEdit")->setText(QStringLiteral("user"));
         auto* password = find<QLineEdit>(dialog, "passwordLineEdit");
-        password->setText(QStringLiteral("user"));
+        password->setFocus();
+        QTest::keyClicks(password, QStringLiteral("user"));
         QTest::keyClick(password, Qt::Key_Return);
+        QCOMPARE(userLevel, 0);
+        QTest::keyClick(password, Qt::Key_Tab);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
         QCOMPARE(userLevel, 1);
         QVERIFY(dialog->isVisible());
     }

@@ -68,6 +68,22 @@ private slots:
         QVERIFY(phasePlot()->graph(1)->visible());
     }
 
+    void markupInTheNameOfAnExportIsShownAsItStands()
+    {
+        setSweep("10", "20", "2");
+        start();
+        tree()->topLevelItem(0)->setSelected(true);
+        QFile old(path("<b>.csv"));
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        FileDialogs dialogs(old.fileName());
+        dialogs.answerByButton();
+        MessageBoxes boxes(QMessageBox::Yes);
+        exportSelected();
+        QCOMPARE(boxes.count(), 1);
+        QVERIFY(boxes.boxes().first().text.contains(QLatin1String("<b>.csv")));
+        QCOMPARE(boxes.boxes().first().textFormat, Qt::PlainText);
+    }
+
     void plotsAreDrawnOnceAtTheEndOfASweep()
     {
         window->show();

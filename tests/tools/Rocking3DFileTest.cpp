@@ -59,6 +59,20 @@ private slots:
         QVERIFY2(name.match(asked.proposedName).hasMatch(), qPrintable(asked.proposedName));
     }
 
+    void markupInAFileNameIsShownAsItStands()
+    {
+        const QTemporaryDir folder;
+        QFile old(folder.filePath(QStringLiteral("<b>.csv")));
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        FileDialogs dialogs(old.fileName());
+        dialogs.answerByButton();
+        const MessageBoxes boxes(QMessageBox::Yes);
+        press(button("saveButton"));
+        QCOMPARE(boxes.count(), 1);
+        QVERIFY(boxes.boxes().first().text.contains(QLatin1String("<b>.csv")));
+        QCOMPARE(boxes.boxes().first().textFormat, Qt::PlainText);
+    }
+
     void cancelledSaveWritesNothing()
     {
         // The proposed name is relative to the working directory.

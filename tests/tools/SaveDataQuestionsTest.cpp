@@ -41,6 +41,30 @@ private slots:
         QCOMPARE(boxes.count(), 2);
     }
 
+    void markupInAFileNameIsShownAsItStands()
+    {
+        useSamples(1);
+        const QString odd = path("<b>bold<i>.csv");
+        usePath(odd);
+        save();
+        compareSavedStatus(odd);
+        QCOMPARE(find<QLabel>(window.get(), "statusLabel")->textFormat(), Qt::PlainText);
+        MessageBoxes boxes(QMessageBox::No);
+        save();
+        QCOMPARE(boxes.count(), 1);
+        QVERIFY(boxes.boxes().first().text.contains(odd));
+        QCOMPARE(boxes.boxes().first().textFormat, Qt::PlainText);
+
+        // The file dialog asks by itself.
+        FileDialogs dialogs(odd);
+        dialogs.answerByButton();
+        boxes.answerWith(QMessageBox::Yes);
+        operate::press(find<QPushButton>(window.get(), "selectPathButton"));
+        QCOMPARE(boxes.count(), 2);
+        QVERIFY(boxes.boxes().last().text.contains(QLatin1String("<b>bold<i>.csv")));
+        QCOMPARE(boxes.boxes().last().textFormat, Qt::PlainText);
+    }
+
     void yesOverwritesTheFile()
     {
         QFile old(path());
