@@ -1,11 +1,11 @@
 #include "feedback/WidgetFeedbackControl.h"
 
 #include "app/Globals.h"
-#include "feedback/WheelNeedsFocus.h"
 #include "hardware/ConfigFile.h"
 #include "hardware/LoopConfiguration.h"
 #include "hardware/MailboxComm.h"
 #include "hardware/PidStatus.h"
+#include "support/FieldGuard.h"
 #include "ui_WidgetFeedbackControl.h"
 
 #include <QMessageBox>
@@ -13,6 +13,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <limits>
 
@@ -47,6 +48,14 @@ constexpr StatisticsField statisticsTable[] = {
 constexpr QLed::ledColor statusColours[] = {QLed::Grey, QLed::Red, QLed::Purple, QLed::Green};
 static_assert(std::size(statusColours) == std::size(pidStatusTexts));
 
+/// Puts the set-point in force into its field, also over what an operator has entered there and not sent: otherwise the
+/// next press would send it to loops that never had it. One that could not be read leaves the field.
+void showSetpoint(QDoubleSpinBox* field, double micrometres)
+{
+    if (std::isfinite(micrometres))
+        field->setValue(micrometres);
+}
+
 } // namespace
 
 WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent) : QWidget(parent), ui(new Ui::WidgetFeedbackControl)
@@ -54,12 +63,7 @@ WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent) : QWidget(parent),
     ui->setupUi(this);
     findFields();
     showStoredOutputs();
-    for (int loop = 0; loop < loops; ++loop) {
-        new WheelNeedsFocus(outputs[loop]);
-        new WheelNeedsFocus(sources[loop]);
-    }
-    new WheelNeedsFocus(ui->posXDoubleSpinBox);
-    new WheelNeedsFocus(ui->posYDoubleSpinBox);
+    new FieldGuard(this);
     // The page titles have no mnemonics: let the Tab key come to them.
     for (QAbstractButton* title : ui->toolBox->findChildren<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly))
         title->setFocusPolicy(Qt::TabFocus);
@@ -165,8 +169,6 @@ void WidgetFeedbackControl::sendNewSetpoint()
     const double x = ui->posXDoubleSpinBox->value();
     const double y = ui->posYDoubleSpinBox->value();
     mailbox->setSetpoints(x, x, y, y);
-    ui->posXDoubleSpinBox->markSent();
-    ui->posYDoubleSpinBox->markSent();
     emit somethingChanged();
 }
 
@@ -175,8 +177,8 @@ void WidgetFeedbackControl::updateXYfields()
     double x = std::numeric_limits<double>::quiet_NaN();
     double y = x;
     mailbox->getSetpoints(&x, nullptr, &y, nullptr);
-    ui->posXDoubleSpinBox->showSetpoint(x);
-    ui->posYDoubleSpinBox->showSetpoint(y);
+    showSetpoint(ui->posXDoubleSpinBox, x);
+    showSetpoint(ui->posYDoubleSpinBox, y);
 }
 
 void WidgetFeedbackControl::updateButtonPressed()
@@ -190,11 +192,15 @@ void WidgetFeedbackControl::updateButtonPressed()
     if (sendOutputs() < 0)
         return;
 
-    bpmSelXlf = sources[LoopXlf]->currentIndex();
-    bpmSelXhf = sources[LoopXhf]->currentIndex();
-    bpmSelYlf = sources[LoopYlf]->currentIndex();
-    bpmSelYhf = sources[LoopYhf]->currentIndex();
-    mailbox->setBPMselector(bpmSelXlf, bpmSelXhf, bpmSelYlf, bpmSelYhf);
+    // Sent from here, not from the shared settings: the poll may write those in between.
+    int chosen[loops];
+    for (int loop = 0; loop < loops; ++loop)
+        chosen[loop] = sources[loop]->currentIndex();
+    bpmSelXlf = chosen[LoopXlf];
+    bpmSelXhf = chosen[LoopXhf];
+    bpmSelYlf = chosen[LoopYlf];
+    bpmSelYhf = chosen[LoopYhf];
+    mailbox->setBPMselector(chosen[LoopXlf], chosen[LoopXhf], chosen[LoopYlf], chosen[LoopYhf]);
     emit BPMselectorChanged();
 
     int mask = 0;

@@ -18,7 +18,9 @@
 #include <QWheelEvent>
 #include <QtTest>
 
+#include <atomic>
 #include <memory>
+#include <thread>
 
 using namespace koralink_double;
 using operate::find;
@@ -205,6 +207,24 @@ private slots:
             QCOMPARE(selectors[i], int(i == loop));
             QCOMPARE(answers().bpmSel[i], int(i == loop));
         }
+    }
+
+    void sourcesThatWereChosenAreSentWhateverThePollWritesMeanwhile()
+    {
+        std::atomic<bool> polling{true};
+        std::thread poll([&] {
+            while (polling) {
+                for (int* selector : {&bpmSelXlf, &bpmSelXhf, &bpmSelYlf, &bpmSelYhf})
+                    *static_cast<volatile int*>(selector) = 1;
+            }
+        });
+        for (int press = 0; press < 50; ++press)
+            pressUpdateConfig();
+        polling = false;
+        poll.join();
+        const QStringList sent = operate::lines(callsOf("setBPMselector"));
+        QCOMPARE(sent.size(), 50);
+        QCOMPARE(sent.count(QStringLiteral("setBPMselector(0, 0, 0, 0)")), 50);
     }
 
     void failingLibraryCallsDoNotStopTheUpdate()

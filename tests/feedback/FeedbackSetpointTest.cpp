@@ -15,6 +15,7 @@
 #include <QtTest>
 #include <qcustomplot.h>
 
+#include <limits>
 #include <memory>
 
 using namespace koralink_double;
@@ -150,68 +151,72 @@ private slots:
         QCOMPARE(changed.count(), 1);
     }
 
-    void clickMovesItsAxisAndKeepsWhatWasTypedForTheOther()
+    void clickOfOneAxisPutsTheSetpointInForceIntoTheFieldOfTheOther()
+    {
+        // Y (LF) alone: what was typed for X must not go to the X loops with the next press.
+        answers().pidConf = 12;
+        panel->confChanged(2);
+        openGraph();
+        type(x(), QStringLiteral("50"));
+        panel->confChanged(12);
+        QVERIFY(!x()->isEnabled());
+        clickAt(QPoint(300, 150));
+        QCOMPARE(callsOf("setSetpoint").size(), std::size_t(1));
+        QCOMPARE(x()->value(), 3.0);
+        pressUpdateSetpoint();
+        QCOMPARE(answers().setpoints[0], 3.0);
+        QCOMPARE(answers().setpoints[1], 3.0);
+    }
+
+    void clickMovesItsAxisAndTheOtherFieldShowsWhatIsInForce()
     {
         // Both low-frequency loops run, but this monitor feeds that of X alone.
         answers().pidConf = 2;
         bpmSelYlf = 1;
         openGraph();
+        type(x(), QStringLiteral("9"));
         type(y(), QStringLiteral("7.25"));
         const double clicked = clickAt(QPoint(300, 150));
         QCOMPARE(callsOf("setSetpoint").size(), std::size_t(1));
         QVERIFY(qAbs(clicked - 3.0) > 1.0);
         QVERIFY(qAbs(x()->value() - clicked) < 0.001);
-        QCOMPARE(y()->value(), 7.25);
-        pressUpdateSetpoint();
-        QCOMPARE(answers().setpoints[2], 7.25);
+        QCOMPARE(y()->value(), -4.0);
     }
 
-    void clickReplacesWhatWasTypedForItsOwnAxis()
+    void refillReplacesWhateverStandsInTheFields_data()
     {
-        answers().pidConf = 2;
-        openGraph();
-        type(x(), QStringLiteral("9"));
-        type(y(), QStringLiteral("9"));
-        const double clicked = clickAt(QPoint(300, 150));
-        QVERIFY(qAbs(x()->value() - clicked) < 0.001);
-        QVERIFY(qAbs(y()->value() - answers().setpoints[2]) < 0.001);
+        QTest::addColumn<QString>("typed");
+        QTest::newRow("a value") << QStringLiteral("8.5");
+        QTest::newRow("half typed") << QStringLiteral("-");
+        QTest::newRow("more decimals than are kept") << QStringLiteral("3.00");
+    }
+    void refillReplacesWhateverStandsInTheFields()
+    {
+        QFETCH(QString, typed);
+        type(x(), typed);
+        type(y(), typed);
+        panel->updateXYfields();
+        QCOMPARE(x()->text(), QString::fromUtf8("3.000 µm"));
+        QCOMPARE(y()->text(), QString::fromUtf8("-4.000 µm"));
     }
 
-    void stepOfAFieldCountsAsTyped()
+    void refillReplacesAStepAndAGreyedField()
     {
         QTest::keyClick(y(), Qt::Key_Up);
-        panel->updateXYfields();
-        QCOMPARE(y()->value(), -3.99);
-    }
-
-    void sentEntryIsNoLongerKept()
-    {
-        type(x(), QStringLiteral("8"));
-        pressUpdateSetpoint();
-        panel->updateXYfields();
-        QCOMPARE(x()->value(), 8.0);
-        answers().setpoints[0] = 8.5;
-        panel->updateXYfields();
-        QCOMPARE(x()->value(), 8.5);
-    }
-
-    void entryRefusedByTheHardwareGivesWayToTheSetpointInForce()
-    {
-        type(x(), QStringLiteral("8"));
-        fail("setSetpoint");
-        pressUpdateSetpoint();
+        x()->setValue(55.0);
+        x()->setEnabled(false);
         panel->updateXYfields();
         QCOMPARE(x()->value(), 3.0);
+        QCOMPARE(y()->value(), -4.0);
     }
 
-    void entryAfterSendingIsKeptAlthoughTheHardwareRounds()
+    void setpointThatIsNoNumberLeavesItsField()
     {
-        type(x(), QStringLiteral("8"));
-        pressUpdateSetpoint();
-        answers().setpoints[0] = 7.9996;
-        type(x(), QStringLiteral("9"));
+        answers().setpoints[0] = std::numeric_limits<double>::infinity();
+        answers().setpoints[2] = std::numeric_limits<double>::quiet_NaN();
         panel->updateXYfields();
-        QCOMPARE(x()->value(), 9.0);
+        QCOMPARE(x()->value(), 3.0);
+        QCOMPARE(y()->value(), -4.0);
     }
 
     void buttonsTicksAndTheClockKeepWhatWasTyped()
