@@ -66,7 +66,7 @@ void Window::OnPauseClicked()
     form->toolButtonPause->setText(paused ? tr("&Pause") : tr("&Resume"));
     paused = !paused;
     if (paused) {
-        form->tableViewMessages->follow(false);
+        form->tableViewMessages->stay();
         proxy->pauseRowLimit = proxy->rowCount();
     } else {
         proxy->pauseRowLimit = 0;
@@ -107,6 +107,7 @@ void Window::OnCopyClicked()
 
 void Window::OnLevelChanged(int value)
 {
+    form->tableViewMessages->stay();
     proxy->setLevel(value);
 }
 
@@ -115,12 +116,13 @@ void Window::OnAutoScrollChanged(bool checked)
     autoScroll = checked;
     // Switched on it waits for the next line.
     if (!checked)
-        form->tableViewMessages->follow(false);
+        form->tableViewMessages->stay();
 }
 
 void Window::ModelRowsInserted(QModelIndex, int, int)
 {
-    form->tableViewMessages->follow(autoScroll && !paused);
+    if (autoScroll && !paused)
+        form->tableViewMessages->showEnd();
 }
 
 void Window::connectControls()

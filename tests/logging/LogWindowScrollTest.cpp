@@ -33,6 +33,46 @@ private slots:
         QCOMPARE(bar()->value(), 10);
     }
 
+    void levelDoesNotMoveTheViewFromTheEnd()
+    {
+        show();
+        addMany(100, DebugLevel);
+        addMany(100);
+        QTRY_VERIFY(bar()->value() > 0 && bar()->value() == bar()->maximum());
+        const int before = bar()->value();
+        levels()->setCurrentIndex(DebugLevel);
+        QTRY_VERIFY(bar()->maximum() > before);
+        QCoreApplication::processEvents();
+        QCOMPARE(bar()->value(), before);
+        // Also when the lines before it are still to be laid out.
+        addMany(20);
+        levels()->setCurrentIndex(TraceLevel);
+        QCoreApplication::processEvents();
+        QCOMPARE(bar()->value(), bar()->maximum());
+        levels()->setCurrentIndex(ErrorLevel);
+        addMany(1);
+        levels()->setCurrentIndex(TraceLevel);
+        QTRY_VERIFY(bar()->maximum() > before);
+        QCoreApplication::processEvents();
+        QCOMPARE(bar()->value(), 0);
+        addMany(1);
+        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 221);
+    }
+
+    void sizeDoesNotMoveTheViewFromTheEnd()
+    {
+        show();
+        addMany(200);
+        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 199);
+        const int before = bar()->value();
+        window->resize(window->width(), window->height() - 100);
+        QTRY_VERIFY(bar()->maximum() > before);
+        QCoreApplication::processEvents();
+        QCOMPARE(bar()->value(), before);
+        addMany(1);
+        QTRY_COMPARE(table()->rowAt(table()->viewport()->height() - 3), 200);
+    }
+
     void viewStaysWhereItIsWithoutAutoScroll()
     {
         show();

@@ -6,6 +6,7 @@
 #include "logging/window/LogRowHeader.h"
 
 #include <QEvent>
+#include <QResizeEvent>
 #include <QScrollBar>
 #include <QStyle>
 #include <QStyleOptionViewItem>
@@ -37,10 +38,17 @@ void LogTableView::setModel(QAbstractItemModel* source)
         connect(source, SIGNAL(layoutChanged()), SLOT(doItemsLayout()));
 }
 
-void LogTableView::follow(bool follow)
+void LogTableView::showEnd()
 {
-    following = follow;
+    following = true;
     stayAtEnd();
+}
+
+void LogTableView::stay()
+{
+    if (following)
+        executeDelayedItemsLayout();
+    following = false;
 }
 
 int LogTableView::sizeHintForRow(int row) const
@@ -63,6 +71,13 @@ void LogTableView::changeEvent(QEvent* event)
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         measureLines();
     QTableView::changeEvent(event);
+}
+
+void LogTableView::resizeEvent(QResizeEvent* event)
+{
+    if (event->size().height() != event->oldSize().height())
+        stay();
+    QTableView::resizeEvent(event);
 }
 
 void LogTableView::scrollContentsBy(int dx, int dy)

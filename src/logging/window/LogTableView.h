@@ -17,8 +17,11 @@ class LogTableView : public QTableView
 public:
     explicit LogTableView(QWidget* parent = nullptr);
 
-    /// From the next layout on shows the end of the table, if `follow`, until the operator scrolls away.
-    void follow(bool follow);
+    /// Shows the end of the table, now and as lines that have just come are laid out. A change of the height, or the
+    /// operator's scrolling, ends that.
+    void showEnd();
+    /// Ends that too, once what has come is laid out: what changes next leaves the view where it is.
+    void stay();
 
     void setModel(QAbstractItemModel* model) override;
     int sizeHintForRow(int row) const override;
@@ -27,6 +30,7 @@ public:
 
 protected:
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
 
 private slots:
