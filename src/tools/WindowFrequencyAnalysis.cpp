@@ -215,18 +215,21 @@ void WindowFrequencyAnalysis::getBPMScale()
 
 void WindowFrequencyAnalysis::slotStartSweepPushButton()
 {
-    // The button is disabled until a start is served; a second call does nothing rather than to sweep within
+    // The button is disabled until the sweep is over; a second call does nothing rather than to sweep within
     // a sweep.
     if (startIsServed)
         return;
-    const QPointer<WindowFrequencyAnalysis> self = this;
     startIsServed = true;
     isSweeping = true;
     ui->StartSweepPushButton->setEnabled(false);
     ui->progressBar->setValue(0);
     runSweep();
-    if (self)
-        startIsServed = false;
+}
+
+void WindowFrequencyAnalysis::allowStart()
+{
+    startIsServed = false;
+    ui->StartSweepPushButton->setEnabled(true);
 }
 
 void WindowFrequencyAnalysis::runSweep()
@@ -236,7 +239,7 @@ void WindowFrequencyAnalysis::runSweep()
         refuse("PID Running ...\n", "Feedback need to be stopped before starting the Frequency Analysis.\n\n");
         // isSweeping stays set: a stop that is pressed now counts for the next sweep.
         if (self)
-            ui->StartSweepPushButton->setEnabled(true);
+            allowStart();
         return;
     }
     const int length = buildSweep();
@@ -245,7 +248,7 @@ void WindowFrequencyAnalysis::runSweep()
     if (!self)
         return;
 
-    ui->StartSweepPushButton->setEnabled(true);
+    allowStart();
     // A stop during the last point is a stop too, so that it does not end the next sweep.
     const bool stopped = stopRequested && length > 0;
     if (!stopped)
@@ -274,8 +277,11 @@ void WindowFrequencyAnalysis::sweepPoints(int length)
     const QPointer<WindowFrequencyAnalysis> self = this;
     // Held open for the sweep, and used by nothing.
     const DeviceFile outputDevice(outputDevicePath, O_RDWR | O_SYNC);
-    DeviceFile stream(streamDevicePath, O_RDONLY);
-    if (!stream.isOpen()) {
+    // Shared, so that it outlives a window that is destroyed during the sweep.
+    const auto stream = std::make_shared<DeviceFile>(streamDevicePath, O_RDONLY);
+    if (stream->isOpen()) {
+        displayStream = stream;
+    } else {
         reportMissingStreamAndQuit();
         if (!self)
             return;
@@ -292,7 +298,7 @@ void WindowFrequencyAnalysis::sweepPoints(int length)
     sweep.plot = addPlot();
     {
         const DisplayRateKeeper keeper;
-        measurePoints(sweep, stream, block, length);
+        measurePoints(sweep, *stream, block, length);
     }
     if (self)
         rescaleAndReplot();

@@ -62,6 +62,8 @@ private:
     int outputRecordIndex();
     int inputRecordIndex();
     void runSweep();
+    /// The next start may come, also from an event that this one still serves.
+    void allowStart();
     int buildSweep();
     void sweepPoints(int length);
     void prepareSweep(Sweep& sweep);
@@ -84,6 +86,8 @@ private:
     bool stopRequested = false;
     bool useBPMscaling = true;
     double bpmScale = 1.0;
+    /// Stream of the last sweep. It stays open until the next sweep has opened its own, or the window goes.
+    std::shared_ptr<DeviceFile> displayStream;
     /// True from a start to its end. isSweeping cannot tell: it stays set after a stop and after a refusal.
     bool startIsServed = false;
 };

@@ -132,7 +132,8 @@ private slots:
         QCOMPARE(QCoreApplication::exec(), 7);
         QCOMPARE(keys(0).size(), std::size_t(2));
         QCOMPARE(SAMP_FREQ, 1000);
-        QCOMPARE(openDescriptors(), 0);
+        // The stream, which the window keeps.
+        QCOMPARE(openDescriptors(), 1);
         driven_pause::setAction(nullptr);
         start();
         QCOMPARE(keys(1).size(), std::size_t(5));
@@ -196,6 +197,61 @@ private slots:
         driven_pause::setAction(nullptr);
         start();
         QCOMPARE(keys(1).size(), std::size_t(5));
+    }
+
+    void streamStaysOpenUntilTheNextSweepHasItsOwn()
+    {
+        setSweep("10", "20", "2");
+        start();
+        QCOMPARE(openDescriptors(), 1);
+        QVERIFY(!operate::lines(callsOf("close")).contains(QStringLiteral("close(/dev/kora_dma_displ)")));
+        clearCalls();
+        start();
+        QStringList streamCalls;
+        for (const Call& call : calls()) {
+            if (!call.texts.empty() && call.texts[0] == streamDevicePath && call.name != "read")
+                streamCalls.append(QString::fromStdString(call.name));
+        }
+        QCOMPARE(streamCalls, (QStringList{QStringLiteral("open"), QStringLiteral("close")}));
+        QCOMPARE(openDescriptors(), 1);
+    }
+
+    void streamThatCannotBeOpenedLeavesTheOneBeforeOpen()
+    {
+        setSweep("10", "20", "2");
+        start();
+        setDevicePresent(streamDevicePath, false);
+        MessageBoxes boxes;
+        start();
+        QCOMPARE(boxes.count(), 1);
+        QCOMPARE(openDescriptors(), 1);
+    }
+
+    void streamIsClosedWithTheWindow()
+    {
+        start();
+        window.reset();
+        QCOMPARE(operate::lines(callsOf("close")).last(), QStringLiteral("close(/dev/kora_dma_displ)"));
+        QCOMPARE(openDescriptors(), 0);
+    }
+
+    void startPressedAtTheVeryEndOfASweepStartsTheNextOne()
+    {
+        setSweep("10", "20", "2");
+        // Queued when all is drawn, so that the last turn of events serves it.
+        QPushButton* const startButton = button("StartSweepPushButton");
+        driven_pause::setAction([&](unsigned long) {
+            if (driven_pause::pauses().size() == 1)
+                connect(phasePlot(), SIGNAL(afterReplot()), startButton, SLOT(click()), Qt::QueuedConnection);
+            else if (driven_pause::pauses().size() == 3)
+                disconnect(phasePlot(), SIGNAL(afterReplot()), startButton, SLOT(click()));
+        });
+        start();
+        QCOMPARE(tree()->topLevelItemCount(), 2);
+        QCOMPARE(keys(1).size(), std::size_t(2));
+        QVERIFY(button("StartSweepPushButton")->isEnabled());
+        start();
+        QCOMPARE(tree()->topLevelItemCount(), 3);
     }
 
     void failingGeneratorIsIgnored()

@@ -50,7 +50,6 @@ private slots:
                                       QStringLiteral("read(/dev/kora_dma_displ, 3670016)"),
                                       QStringLiteral("funcGenEnable(0)"),
                                       QStringLiteral("setDisplayFreq(2500, 0)"),
-                                      QStringLiteral("close(/dev/kora_dma_displ)"),
                                       QStringLiteral("close(/dev/kora_anvolt0)")};
         QCOMPARE(order, expected);
         QCOMPARE(SAMP_FREQ, 2500);
