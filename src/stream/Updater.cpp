@@ -75,6 +75,11 @@ QCPDataMap** Updater::registered(int kind, int channel)
     }
 }
 
+const DisplayRecord* Updater::newestRecord() const
+{
+    return heldRecords > 0 ? static_cast<const DisplayRecord*>(buffer) + heldRecords - 1 : nullptr;
+}
+
 void Updater::setFFTchannel(int slot)
 {
     fftChannel = slot;
@@ -112,6 +117,9 @@ void Updater::fetchWindow(int records)
 {
     const int delivered = getBuffer(buffer, records);
     KORA_LOG_DEBUG << "updateGraphs read" << delivered << "samples";
+    // A call that delivers nothing leaves the window before it in the buffer.
+    if (delivered > 0)
+        heldRecords = std::min(delivered, records);
     // What the buffer holds is decoded all the same.
     if (delivered != records)
         reportMissingStreamAndQuit();

@@ -2,6 +2,7 @@
 
 #include "hardware/PidStatusMetaType.h"
 #include "stream/DeviceRecords.h"
+#include "stream/DisplayRecord.h"
 #include "stream/PlotData.h"
 #include "stream/SignalTable.h"
 #include "stream/Spectrum.h"
@@ -26,6 +27,9 @@ public:
 
     /// @param slot slot of the display record that the spectrum is taken of
     void setFFTchannel(int slot);
+
+    /// The newest record of the window that was fetched last; null before the first one.
+    const DisplayRecord* newestRecord() const;
 
     /// What updateIonBars() last read, one record an amplifier; all zero before.
     AmplifierStatus ionbarStatus[2] = {};
@@ -60,4 +64,7 @@ private:
     void decodeTraces(int records);
     void decodeClouds(int records);
     void transform(int records);
+
+    /// Records of the window that was fetched last.
+    int heldRecords = 0;
 };

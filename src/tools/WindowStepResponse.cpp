@@ -10,6 +10,7 @@
 #include "stream/DeviceFile.h"
 #include "stream/DisplayRecord.h"
 #include "stream/MissingStream.h"
+#include "stream/Updater.h"
 #include "support/FieldGuard.h"
 #include "tools/Pause.h"
 #include "ui_WindowStepResponse.h"
@@ -17,6 +18,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <fcntl.h>
 
@@ -91,6 +93,19 @@ void place(QCPItemLine* arrow, QCPItemText* text, QPointF from, QPointF to)
     place(arrow, from, to);
     text->position->setCoords((from + to) / 2);
     text->setVisible(true);
+}
+
+/// The voltages of all outputs as the display window shows them last, so that an output which no axis drives stays
+/// where it is: elsewhere it would throw the beam aside, and the answer would be that of another place. 0 where none is
+/// known.
+OutputRecord presentOutputs()
+{
+    OutputRecord outputs;
+    if (const DisplayRecord* newest = updater->newestRecord()) {
+        for (int output = 0; output < 4; ++output)
+            outputs.set(output, std::isfinite(newest->dac[output]) ? newest->dac[output] : 0.0);
+    }
+    return outputs;
 }
 
 QString figure(double value)
@@ -191,8 +206,8 @@ void WindowStepResponse::selector_radioButton_changed()
 
 WindowStepResponse::Run WindowStepResponse::requestedRun() const
 {
-    int outputX, outputY, otherOutput, outputI0;
-    configFile->readDACpos(&outputX, &outputY, &otherOutput, &outputI0);
+    int outputX, outputY, unusedOutput, outputI0;
+    configFile->readDACpos(&outputX, &outputY, &unusedOutput, &outputI0);
     const struct
     {
         const QRadioButton* selector;
@@ -204,12 +219,8 @@ WindowStepResponse::Run WindowStepResponse::requestedRun() const
         {ui->stepInXbutton, outputX, ui->posXbiasDoubleSpinBox->value(), ui->posXStepDoubleSpinBox->value(), SlotPos1X},
         {ui->stepInYbutton, outputY, ui->posYbiasDoubleSpinBox->value(), ui->posYStepDoubleSpinBox->value(), SlotPos1Y},
         {ui->stepInI0button, outputI0, ui->i0biasDoubleSpinBox->value(), ui->i0StepDoubleSpinBox->value(), SlotInt1}};
-    Run run = {{}, {}, noSlot, SlotPos1X, 0, 0};
-    // The output that no axis drives rests where its controller leaves it with the feedback off: at 0 V it
-    // would throw the beam aside, and the answer would be that of another place.
-    const double restVolts = configFile->readLoop(LoopYlf).Offset;
-    run.base.set(otherOutput, restVolts);
-    run.stepped.set(otherOutput, restVolts);
+    const OutputRecord present = presentOutputs();
+    Run run = {present, present, noSlot, SlotPos1X, 0, 0};
     for (const auto& axis : axes) {
         run.base.set(axis.output, axis.bias);
         run.stepped.set(axis.output, axis.bias + axis.step);

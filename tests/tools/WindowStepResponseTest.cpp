@@ -2,11 +2,13 @@
 
 #include "app/Globals.h"
 #include "hardware/MailboxComm.h"
+#include "stream/Updater.h"
 #include "support/MessageBoxes.h"
 #include "support/ScratchSettings.h"
 
 #include <QCheckBox>
 
+#include <algorithm>
 #include <fcntl.h>
 #include <limits>
 
@@ -199,17 +201,40 @@ private slots:
                               QStringLiteral("ioctl(/dev/kora_anvolt0, 3, 0, 2, 1, 1)")}));
     }
 
-    void outputThatNoAxisDrivesRestsAtItsOffset()
+    void outputThatNoAxisDrivesKeepsItsVoltage()
     {
-        scratch_settings::setValue("PID_Ylf/Offset", 4.5);
-        scratch_settings::setValue("Beamline/DAC_posYlf", 2);
+        scratch_settings::setValue("PID_Ylf/Offset", 9.0);
+        scratch_settings::setValue("Beamline/DAC_posYlf", 1);
+        answers().fillBlock = [](DisplayRecord* block, int count) {
+            for (int i = 0; i < count; ++i)
+                std::fill(std::begin(block[i].dac), std::end(block[i].dac), i + 1 < count ? 7.0 : 4.5);
+        };
+        dispBufferBytes = 100 * recordBytes;
+        updater->updateGraphs();
+        clearCalls();
         run();
         QCOMPARE(operate::lines(callsOf("ioctl")),
                  QStringList({QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 4.5, 0, 1)"),
                               QStringLiteral("ioctl(/dev/kora_anvolt0, 0.1, 0, 4.5, 0, 1)"),
                               QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 4.5, 0, 1)")}));
-        // An output that an axis drives belongs to the axis.
-        scratch_settings::setValue("Beamline/DAC_posYlf", 0);
+        // What the program holds already serves.
+        QVERIFY(callsOf("getBuffer").empty());
+        QCOMPARE(callsOf("read").size(), std::size_t(1));
+    }
+
+    void outputThatNoAxisDrivesIsZeroWithoutADisplayWindow()
+    {
+        scratch_settings::setValue("PID_Ylf/Offset", 9.0);
+        run();
+        QCOMPARE(operate::lines(callsOf("ioctl")).first(), QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)"));
+    }
+
+    void outputOfARecordThatHoldsNoNumberIsZero()
+    {
+        answers().fillBlock = [](DisplayRecord* block, int count) {
+            block[count - 1].dac[2] = std::numeric_limits<double>::quiet_NaN();
+        };
+        updater->updateGraphs();
         clearCalls();
         run();
         QCOMPARE(operate::lines(callsOf("ioctl")).first(), QStringLiteral("ioctl(/dev/kora_anvolt0, 0, 0, 0, 0, 1)"));
