@@ -72,6 +72,37 @@ private slots:
         }
     }
 
+    void channelsStandBelowEachOtherEachInARowOfItsOwn()
+    {
+        window->showWindow();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        const auto rectOf = [](const QWidget* widget) {
+            return QRect(widget->mapTo(widget->window(), QPoint()), widget->size());
+        };
+        int above = rectOf(manual()).bottom();
+        for (int channel = 1; channel <= 4; ++channel) {
+            const QByteArray name = channel == 1 ? QByteArray("label") : "label_" + QByteArray::number(channel);
+            const auto* label = find<QLabel>(window.get(), name.constData());
+            QCOMPARE(label->text(), QStringLiteral("Ch%1 output").arg(channel));
+            const QRect row[] = {rectOf(label), rectOf(slider(channel)), rectOf(box(channel))};
+            for (int i = 0; i < 3; ++i) {
+                QVERIFY(row[i].top() > above);
+                // The centres of what stands in a row are at one height.
+                QVERIFY(qAbs(row[i].center().y() - row[1].center().y()) <= 2);
+                QVERIFY(i == 0 || row[i].left() > row[i - 1].right());
+            }
+            above = row[1].bottom();
+        }
+    }
+
+    void boxesTellThatTheyDoNotShowThePresentOutputs()
+    {
+        for (int channel = 1; channel <= 4; ++channel) {
+            QVERIFY(box(channel)->toolTip().contains(QLatin1String("does not show the present output")));
+            QVERIFY(box(channel)->toolTip().contains(QLatin1String("All four are written together")));
+        }
+    }
+
     void deviceIsOpenForTheLifeOfTheWindow()
     {
         QCOMPARE(calls().size(), std::size_t(1));
