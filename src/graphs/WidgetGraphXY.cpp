@@ -1,6 +1,7 @@
 #include "graphs/WidgetGraphXY.h"
 
 #include "app/Globals.h"
+#include "graphs/ArmedTarget.h"
 #include "graphs/ClickedPlace.h"
 #include "graphs/PlotRedraw.h"
 #include "graphs/PlotTheme.h"
@@ -48,6 +49,7 @@ WidgetGraphXY::WidgetGraphXY(int bpmIndex, QWidget* parent)
     buildAxes();
     plot_theme::setGradient(ui->graph, ui->graph->height());
     ui->graph->setInteractions(QCP::iRangeZoom);
+    new ArmedTarget(ui->targetEnable, ui->graph, target->pen().color());
 
     connect(ui->resetZoomButton, SIGNAL(released()), this, SLOT(resetZoom()));
     connect(ui->graph, SIGNAL(mousePress(QMouseEvent*)), this, SLOT(graphClicked(QMouseEvent*)));

@@ -34,6 +34,23 @@ private slots:
             QVERIFY(!loopConfiguration(code));
     }
 
+    void armedTargetIsSeenOnTheButtonAndUnderThePointer()
+    {
+        show(0);
+        auto* button = find<QPushButton>(graph.get(), "targetEnable");
+        // Left of the text.
+        const auto face = [button] {
+            const QImage picture = button->grab().toImage();
+            return picture.pixelColor(4, picture.height() / 2);
+        };
+        QVERIFY(button->isChecked());
+        QCOMPARE(plot->cursor().shape(), Qt::CrossCursor);
+        QVERIFY2(face().blue() - face().red() > 100, qPrintable(face().name()));
+        operate::press(button);
+        QCOMPARE(plot->cursor().shape(), Qt::ArrowCursor);
+        QVERIFY2(qAbs(face().blue() - face().red()) < 30, qPrintable(face().name()));
+    }
+
     void startsWithTheLimitsOfItsMonitorAndTheirZoom_data()
     {
         QTest::addColumn<int>("bpm");
