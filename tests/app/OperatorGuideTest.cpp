@@ -1,8 +1,13 @@
 // The operator's guide and the windows say the same.
 
 #include "app/EveryWindow.h"
+#include "app/Globals.h"
 #include "app/GuideText.h"
 #include "app/SimulatedSession.h"
+#include "hardware/LoopConfiguration.h"
+#include "hardware/MailboxComm.h"
+#include "stream/Spectrum.h"
+#include "stream/Updater.h"
 #include "support/Operator.h"
 
 #include <QAbstractSlider>
@@ -20,9 +25,15 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
+#include <QSlider>
 #include <QTabBar>
 #include <QToolButton>
 #include <QtTest>
+
+#include <qcustomplot.h>
+
+#include <cmath>
+#include <vector>
 
 using operate::find;
 
@@ -69,6 +80,29 @@ QStringList captionsOf(const QWidget* window)
     }
     captions.removeAll(QString());
     return captions;
+}
+
+/// Loops as the guide names them: "X (LF) and X (HF)", "X (LF), X (HF) and Y (HF)".
+QString guideNameOf(const LoopConfiguration& configuration)
+{
+    QStringList names;
+    for (const int loop : {LoopXlf, LoopXhf, LoopYlf, LoopYhf}) {
+        const QString name = QLatin1String(loopNames[loop]);
+        if (configuration.runs(loop))
+            names.append(QStringLiteral("%1 (%2)").arg(name.at(0)).arg(name.mid(1).toUpper()));
+    }
+    const QString last = names.takeLast();
+    return names.isEmpty() ? last : names.join(QStringLiteral(", ")) + QStringLiteral(" and ") + last;
+}
+
+/// The row whose first cell lists exactly these loops, or that of any others.
+QString rowOfLoops(const QStringList& rows, const QString& loops)
+{
+    for (const QString& row : rows) {
+        if (row.section(QLatin1Char('|'), 1, 1).trimmed().split(QStringLiteral("; ")).contains(loops))
+            return row;
+    }
+    return rows.filter(QStringLiteral("| any others |")).join(QLatin1Char('\n'));
 }
 
 } // namespace
@@ -194,6 +228,76 @@ private slots:
                          qPrintable(text));
             }
         }
+    }
+
+    void theGuideTellsTheMarkOfEveryChoiceOfLoops()
+    {
+        const QStringList rows = guide_text::tableRows(guide_text::chapterOf(QStringLiteral("WidgetGraphXY")));
+        QWidget* graph = session->widgetOf("WidgetGraphXY");
+        const QCPDataMap& mark = *find<QCustomPlot>(graph, "graph")->graph(1)->data();
+        for (int code = 0; loopConfiguration(code); ++code) {
+            mailbox->setPIDconf(static_cast<signed char>(code));
+            QVERIFY(QMetaObject::invokeMethod(graph, "updateGraphXY"));
+            QString drawn = QStringLiteral("none");
+            if (mark.size() == 1)
+                drawn = QStringLiteral("a cross");
+            else if (mark.size() == 2)
+                drawn = mark.at(0)->key == mark.at(1)->key ? QStringLiteral("a vertical line")
+                                                           : QStringLiteral("a horizontal line");
+            const QString told = rowOfLoops(rows, guideNameOf(*loopConfiguration(code)));
+            QVERIFY2(told.contains(drawn),
+                     qPrintable(QStringLiteral("code %1: %2, told: %3").arg(code).arg(drawn, told)));
+        }
+    }
+
+    void theGuideTellsWhichBinOfAHertzIsShown()
+    {
+        // Two bins a hertz; a line in the first one of 125 Hz, which is left out.
+        constexpr int length = 8192;
+        constexpr double pi = 3.14159265358979323846;
+        std::vector<DisplayRecord> block(length);
+        for (int i = 0; i < length; ++i)
+            block[std::size_t(i)].pos1X = std::sin(2 * pi * 250 * i / length);
+        QCPDataMap spectrum;
+        computeSpectrum(block.data(), length, {length, SlotPos1X, 1.0, false, length / 2}, &spectrum);
+        const auto bin = spectrum.findBegin(125, false);
+        QCOMPARE(bin->key, 125.0);
+        const bool last = bin->value < 1e-6;
+        const QString chapter = guide_text::chapterOf(QStringLiteral("WidgetGraphFFT"));
+        QCOMPARE(chapter.contains(QLatin1String("the last one within that hertz is shown, not the\nlargest")), last);
+    }
+
+    void theGuideTellsWhatActsOnAfterALogOut()
+    {
+        session->logIn(QStringLiteral("admin"), QStringLiteral("admin"));
+        for (const char* action : {"actionManual_Output_Control", "actionPosition_Filter_Settings", "action_ROC_ROI",
+                                   "action_Beamline_Settings"})
+            session->trigger(action);
+        session->logIn(QStringLiteral("cruise"), QStringLiteral("cruise"));
+        const struct
+        {
+            const char* className;
+            const char* field;
+            const char* name;
+        } fields[] = {{"WindowManOutCtrl", "ch1slider", "- Manual Output Control:"},
+                      {"WindowFiltparams", "comboBoxFilterXlf", "- Position Filter Settings:"},
+                      {"WindowROC_ROI", "roiXDoubleSpinBox", "- ROC/ROI"},
+                      {"WindowBeamlineConf", "BPMorientation", "- Beamline"}};
+        const QString chapter = guide_text::chapterOf(QStringLiteral("DialogLogin"));
+        const QString listed = chapter.mid(chapter.indexOf(QLatin1String("**What stays open.**")));
+        QVERIFY(listed.startsWith(QLatin1String("**What")));
+        for (const auto& each : fields) {
+            QWidget* window = session->widgetOf(each.className);
+            QVERIFY(window->isVisible());
+            QVERIFY2(find<QWidget>(window, each.field)->isEnabled() == listed.contains(QLatin1String(each.name)),
+                     each.name);
+        }
+        // And the outputs do follow.
+        find<QCheckBox>(session->widgetOf("WindowManOutCtrl"), "checboxEnableMan")->setChecked(true);
+        find<QSlider>(session->widgetOf("WindowManOutCtrl"), "ch1slider")->setValue(7);
+        session->tick(2);
+        const QCPDataMap& output = *updater->dataDAC[0];
+        QCOMPARE(output.at(output.size() - 1)->value, 7.0);
     }
 
     void theTimeBetweenTwoPointsIsToldByItsLabelToo()
