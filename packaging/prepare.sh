@@ -1,4 +1,4 @@
-# Shared by run, test and bench/run: what a fresh Debian 12 machine lacks, and the build. Sourced, from the top folder.
+# Shared by run, test and bench/run: what a fresh Debian 12 or 13 machine lacks, and the build. Sourced, from the top folder.
 
 buildPackages=(
   g++ cmake ninja-build pkg-config
@@ -7,8 +7,11 @@ buildPackages=(
   xvfb xauth libgl1-mesa-dri fonts-dejavu-core
 )
 runPackages=(imagemagick openbox x11-utils bubblewrap)
-fuzzPackages=(clang libclang-rt-14-dev)
-testPackages=(binutils bubblewrap dpkg-dev desktop-file-utils appstream man-db groff-base imagemagick)
+fuzzPackages=(clang libclang-rt-dev)
+testPackages=(binutils bubblewrap devscripts dpkg-dev file desktop-file-utils appstream man-db groff-base imagemagick)
+# Pinned, since each version breaks other lines; a release of Debian without it skips that one test.
+formatPackages=(clang-format-14)
+tidyPackages=(clang-tidy)
 # Of the device server for the control system TANGO, which is built and tested where they are.
 tangoPackages=(
   libtango-dev python3-tango python3-numpy python3-taurus python3-taurus-pyqtgraph

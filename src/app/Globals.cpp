@@ -16,4 +16,4 @@ ConfigFile* configFile = nullptr;
 Updater* updater = nullptr;
 MailboxComm* mailbox = nullptr;
 DialogLogin* loginDialog = nullptr;
-const char guiVersion[] = "1.3";
+const char guiVersion[] = KORA_VERSION;

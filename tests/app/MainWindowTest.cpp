@@ -75,7 +75,7 @@ private slots:
     void titleCarriesTheInterfaceVersion()
     {
         build();
-        QCOMPARE(window->windowTitle(), QStringLiteral("KORA Local User Interface v1.3"));
+        QCOMPARE(window->windowTitle(), QStringLiteral("KORA Local User Interface v" KORA_VERSION));
     }
 
     void menusHaveTheirEntriesInOrder()

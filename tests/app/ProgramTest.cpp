@@ -202,7 +202,7 @@ private slots:
     {
         start("report");
         verifyCleanEnd();
-        QVERIFY(record().contains(QStringLiteral("title KORA Local User Interface v1.3")));
+        QVERIFY(record().contains(QStringLiteral("title KORA Local User Interface v" KORA_VERSION)));
         QVERIFY(record().contains(QStringLiteral("maximised 11")));
         QVERIFY(record().contains(
             QStringLiteral("style QWidget::title { font-size: 20pt; background: rgb(150, 150, 150); "

@@ -1,6 +1,9 @@
 #include "double/DoubleInternals.h"
 
+#include <unistd.h>
+
 #include <cstdio>
+#include <utility>
 
 namespace koralink_double {
 
@@ -67,6 +70,10 @@ void reset()
     self.calls.clear();
     self.failures.clear();
     self.absentDevices.clear();
+    // What a test left open is told by that test: the next one starts without it.
+    const std::map<int, std::string> left = std::exchange(self.descriptors, {});
+    for (const auto& [fd, path] : left)
+        close(fd);
 }
 
 Answers& answers()

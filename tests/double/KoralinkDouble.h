@@ -54,7 +54,7 @@ struct Answers
     OutputRecord lastOutputs;
 };
 
-/// Back to the initial answers, no failures, all devices present, no calls recorded.
+/// Back to the initial answers, no failures, all devices present, no calls recorded, descriptors of devices closed.
 void reset();
 Answers& answers();
 

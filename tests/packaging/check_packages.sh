@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
-# Makes both Debian packages, unpacks them into a scratch root, validates what desktops read, and sees the graphs of
-# the installed program move on the installed simulation.
+# Makes both Debian packages, unpacks them into a scratch root, validates what desktops read, sees that what they install
+# goes again without the operator's settings, and sees the graphs of the installed program move on the installed
+# simulation.
 #
-# usage: check_packages.sh BUILD_FOLDER
+# usage: check_packages.sh BUILD_FOLDER VERSION
 set -euo pipefail
 
 build=$1
+version=$2
 scratch=$(mktemp -d)
 programPid=
 finish() {
@@ -29,12 +31,17 @@ for package in kora-local-ui kora-simulation; do
   [ -n "$file" ] || fail "no package $package"
   dpkg-deb -x "$file" "$scratch/root"
   dpkg-deb -f "$file" Package Version Depends Description
+  [ "$(dpkg-deb -f "$file" Version)" = "$version" ] || fail "$package is not of version $version"
   description=$(dpkg-deb -f "$file" Description)
   synopses+=("${description%%$'\n'*}")
   for text in copyright changelog.gz; do
     [ -s "$scratch/root/usr/share/doc/$package/$text" ] || fail "no $text of $package"
   done
 done
+for text in "$scratch"/root/usr/share/{doc/*/changelog,man/man1/*.1}.gz; do
+  zgrep -qF -e "($version)" -e "KORA $version" "$text" || fail "$text does not tell version $version"
+done
+grep -q "release version=\"$version\"" "$scratch"/root/usr/share/metainfo/*.xml || fail "the metadata has another version"
 [ "${synopses[0]}" != "${synopses[1]}" ] || fail "both packages are described alike"
 
 dependencies=$(dpkg-deb -f "$scratch"/packages/kora-local-ui_*.deb Depends)
@@ -53,6 +60,34 @@ while read -r library; do
   done
   [ -n "$found" ] || fail "$library comes with no dependency"
 done <"$scratch/needed"
+
+# usage: manage DPKG_OPTIONS...   installs or removes in a root of its own
+manage() {
+  PATH=$PATH:/usr/sbin:/sbin dpkg --root="$scratch/host" --log="$scratch/dpkg.log" --force-not-root \
+    --force-script-chrootless --force-depends "$@" >"$scratch/manage.log" 2>&1 || {
+    cat "$scratch/manage.log"
+    fail "dpkg $*"
+  }
+}
+settings=$scratch/host/opt/Zenthic/KORALINK
+mkdir -p "$scratch"/host/var/lib/dpkg/{info,updates,triggers} "$scratch/host/opt"
+touch "$scratch"/host/var/lib/dpkg/{status,available}
+(cd "$scratch/host" && find . -path ./var -prune -o -print) | sort >"$scratch/before"
+manage --install "$scratch"/packages/*.deb
+[ -d "$settings" ] || fail "there is no folder for the settings"
+[ "$(stat -c %a "$settings")" = 2775 ] || fail "operators cannot save their settings"
+touch "$settings/config_koralink.ini.lock"
+manage --purge kora-local-ui kora-simulation
+(cd "$scratch/host" && find . -path ./var -prune -o -print) | sort >"$scratch/after"
+diff "$scratch/before" "$scratch/after" || fail "a purge leaves something behind"
+
+mkdir -p -m 750 "$settings"
+manage --install "$scratch"/packages/*.deb
+[ "$(stat -c %a "$settings")" = 750 ] || fail "a folder that was there is changed"
+echo "kept" >"$settings/config_koralink.ini"
+manage --remove kora-local-ui
+manage --purge kora-local-ui kora-simulation
+[ "$(cat "$settings/config_koralink.ini")" = kept ] || fail "a purge takes the operator's settings"
 
 desktop-file-validate "$scratch/root/usr/share/applications/kora-local-ui.desktop"
 appstreamcli validate --no-net "$scratch"/root/usr/share/metainfo/*.metainfo.xml

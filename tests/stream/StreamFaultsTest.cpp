@@ -9,6 +9,8 @@
 #include <QTimer>
 #include <QtTest>
 
+#include <fcntl.h>
+
 #include <climits>
 #include <cmath>
 
@@ -68,6 +70,16 @@ private slots:
         setDevicePresent("/dev/kora_ionbar0", true);
         updater->updateIonBars();
         QCOMPARE(updater->ionbarStatus[0].highVoltageVolts(), 101.0f);
+    }
+
+    void descriptorThatOneTestLeavesOpenIsNotSeenByTheNext()
+    {
+        const int left = open("/dev/kora_ionbar0", O_RDONLY);
+        QVERIFY(left >= 0);
+        QCOMPARE(openDescriptors(), 1);
+        reset();
+        QCOMPARE(openDescriptors(), 0);
+        QCOMPARE(fcntl(left, F_GETFD), -1);
     }
 
     void everyStatusIsReadFromADeviceThatIsOpenedAndClosedForIt()

@@ -57,7 +57,7 @@ private slots:
 
     void productLineCarriesTheVersionOfTheInterface()
     {
-        QCOMPARE(label("label_2")->text(), QStringLiteral("Zenthic KORA Local User Interface<br>v1.3"));
+        QCOMPARE(label("label_2")->text(), QStringLiteral("Zenthic KORA Local User Interface<br>v" KORA_VERSION));
         QCOMPARE(label("label_2")->textFormat(), Qt::RichText);
     }
 

@@ -83,7 +83,7 @@ Spread spreadOf(const Stage& stage)
 void tour::watch(Stage& stage)
 {
     stage.findings.beginChapter(QStringLiteral("Watch"));
-    stage.findings.equal(QStringLiteral("title"), QStringLiteral("KORA Local User Interface v1.3"),
+    stage.findings.equal(QStringLiteral("title"), QStringLiteral("KORA Local User Interface v" KORA_VERSION),
                          stage.hand.mainWindow()->windowTitle());
     stage.findings.holds(QStringLiteral("feedback panel closed to a spectator"),
                          !stage.hand.widget(panelClass)->isEnabled());
