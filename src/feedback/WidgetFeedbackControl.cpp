@@ -154,7 +154,11 @@ void WidgetFeedbackControl::updateHeartbeat(PID_Status_Type PID_Status)
 void WidgetFeedbackControl::showFeedbackButton()
 {
     const bool off = mailbox->pidStatus == PidStatusOff;
-    ui->buttonFdbk->setText(off ? QStringLiteral("Enable Feedback") : QStringLiteral("Disable Feedback"));
+    const QString text = off ? QStringLiteral("Enable Feedback") : QStringLiteral("Disable Feedback");
+    // A style makes its icon anew each time that it is asked for it.
+    if (ui->buttonFdbk->text() == text && !ui->buttonFdbk->icon().isNull())
+        return;
+    ui->buttonFdbk->setText(text);
     ui->buttonFdbk->setIcon(style()->standardIcon(off ? QStyle::SP_MediaPlay : QStyle::SP_MediaStop));
 }
 

@@ -15,11 +15,23 @@ constexpr int sixteenthsPerPixel = 8;
 
 } // namespace
 
-Graph3D::Graph3D(QWidget* parent) : QGLWidget(QGLFormat(QGL::SampleBuffers), parent), surface(new SurfacePlot(this)) {}
+Graph3D::Graph3D(QWidget* parent) : QGLWidget(QGLFormat(QGL::SampleBuffers), parent), surface(new SurfacePlot(this))
+{
+    nextFrame.setSingleShot(true);
+    connect(&nextFrame, SIGNAL(timeout()), SLOT(update()));
+}
 
 void Graph3D::setData(const float* data, int nx, int ny)
 {
     surface->setData(data, nx, ny);
+}
+
+void Graph3D::updateSoon()
+{
+    if (nextFrame.isActive())
+        return;
+    const qint64 rested = sinceFrame.isValid() ? sinceFrame.elapsed() : restMs;
+    nextFrame.start(int(std::max<qint64>(restMs - rested, 0)));
 }
 
 void Graph3D::setXRotation(int angle)
@@ -113,4 +125,5 @@ void Graph3D::paintGL()
     glRotatef(float(zRot) / sixteenthsPerDegree, 0, 0, 1);
     surface->draw();
     axes.draw();
+    sinceFrame.start();
 }

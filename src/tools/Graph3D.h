@@ -2,7 +2,9 @@
 
 #include "tools/rocking/GridAxes.h"
 
+#include <QElapsedTimer>
 #include <QGLWidget>
+#include <QTimer>
 
 class SurfacePlot;
 
@@ -15,8 +17,13 @@ class Graph3D : public QGLWidget
 public:
     explicit Graph3D(QWidget* parent = nullptr);
 
-    /// Heights data[a + b * nx], copied; shown at the next repaint, which the caller asks for with update().
+    /// Heights data[a + b * nx], copied; shown at the next repaint, which the caller asks for with update() or
+    /// updateSoon().
     void setData(const float* data, int nx, int ny);
+    /// For heights that change in quick succession: repaints at once, or where the last repaint is less than
+    /// `restMs` ago, as soon as it is not. A frame can take longer than the step that it shows.
+    void updateSoon();
+    static constexpr int restMs = 100;
 
     /// Angles in sixteenths of a degree, brought into 0 to 5760; a change redraws at once.
     void setXRotation(int angle);
@@ -36,6 +43,8 @@ protected:
 private:
     void turnTo(int& rotation, int angle);
 
+    QTimer nextFrame;
+    QElapsedTimer sinceFrame; ///< since the last repaint; invalid before the first
     int xRot = 4690;
     int yRot = 21;
     int zRot = 3744;

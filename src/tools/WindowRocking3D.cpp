@@ -96,7 +96,7 @@ void WindowRocking3D::measure()
         rawCurrent[point] = averagedSum(amplifier, stepMicroseconds);
         grid_scan::normalise(rawCurrent, normalisedCurrent);
         ui->graph3D->setData(normalisedCurrent, grid_scan::side, grid_scan::side);
-        ui->graph3D->update();
+        ui->graph3D->updateSoon();
         pauseMicroseconds(stepMicroseconds);
         if (!processPendingEvents(this) || stopRequested)
             break;

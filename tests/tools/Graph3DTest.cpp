@@ -78,6 +78,32 @@ private slots:
     void init() { graph = std::make_unique<OpenGraph3D>(); }
     void cleanup() { graph.reset(); }
 
+    void quickChangesArePaintedInAMeasuredPaceAndTheLastAlways()
+    {
+        graph->show();
+        QVERIFY(QTest::qWaitForWindowExposed(graph.get()));
+        const auto frames = [] { return gl_recorder::calls().filter(QStringLiteral("glClear(")).size(); };
+        gl_recorder::clear();
+        QElapsedTimer timer;
+        timer.start();
+        for (int height = 1; height <= 200; ++height) {
+            const float top = float(height) / 256;
+            const float data[] = {top, top, top, top};
+            graph->setData(data, 2, 2);
+            graph->updateSoon();
+            QCoreApplication::processEvents();
+        }
+        const qint64 elapsed = timer.elapsed();
+        QVERIFY2(frames() <= 1 + elapsed / Graph3D::restMs, qPrintable(QString::number(frames())));
+        QTRY_VERIFY(gl_recorder::calls().contains(QStringLiteral("glVertex3f(0, 0, %1)").arg(200.0 / 256)));
+        // At rest the next change is seen at once.
+        QTRY_VERIFY(timer.elapsed() > elapsed + 2 * Graph3D::restMs);
+        gl_recorder::clear();
+        graph->updateSoon();
+        QCoreApplication::processEvents();
+        QTRY_COMPARE(frames(), 1);
+    }
+
     void heatColourFollowsItsTable_data()
     {
         QTest::addColumn<double>("v");

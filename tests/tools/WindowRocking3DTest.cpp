@@ -10,6 +10,22 @@ using namespace koralink_double;
 using operate::find;
 using operate::press;
 
+namespace {
+
+/// Paint events of the widget that it filters.
+class PaintCounter : public QObject
+{
+public:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        paints += event->type() == QEvent::Paint;
+        return false;
+    }
+    int paints = 0;
+};
+
+} // namespace
+
 /// The form, the walk and the surface that is shown meanwhile.
 class WindowRocking3DTest : public Rocking3DTool
 {
@@ -259,6 +275,22 @@ private slots:
         QVERIFY(pointsWalked() <= 10);
         QCOMPARE(operate::lines(commands()).last(), QStringLiteral("setOutputMux(1)"));
         QCOMPARE(openDescriptors(), 0);
+    }
+
+    void quickWalkPaintsSeldomAndItsEndAlways()
+    {
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        PaintCounter counter;
+        find<Graph3D>(window.get(), "graph3D")->installEventFilter(&counter);
+        QElapsedTimer timer;
+        timer.start();
+        afterPoints(300, window.get(), SLOT(stopMeasurement()));
+        press(button("goButton"));
+        QCOMPARE(pointsWalked(), std::size_t(300));
+        QVERIFY2(counter.paints <= 2 + timer.elapsed() / Graph3D::restMs, qPrintable(QString::number(counter.paints)));
+        counter.paints = 0;
+        QTRY_COMPARE(counter.paints, 1);
     }
 
     void surfaceIsSeenInTheShownWindow()
