@@ -15,11 +15,13 @@
 #include <atomic>
 #include <chrono>
 #include <ctime>
+#include <malloc.h>
 #include <thread>
 #include <vector>
 
 // The log window with 100000 lines: how long the event loop stands still while they arrive, and what a change
-// of the level filter costs against the same table over a QStandardItemModel and a plain filter.
+// of the level filter costs against the same table over a QStandardItemModel and a plain filter. With 400000: what one
+// more line costs, what they cost in all against a quarter of them, and their memory.
 
 namespace {
 
@@ -188,8 +190,70 @@ void levelFilterChanges(benchmark::State& state)
     state.counters["ratio (<=0.5)"] = median(own) / median(reference);
 }
 
+void add(Window& window, int number)
+{
+    const LogMessage message(QStringLiteral("setFBenable() failed %1 ").arg(number), QDateTime::currentDateTimeUtc(),
+                             InfoLevel);
+    QMetaObject::invokeMethod(&window, "addLogMessage", Qt::DirectConnection, Q_ARG(QsLogging::LogMessage, message));
+}
+
+/// A thousand lines a turn. @return ms on the processor
+double fillMilliseconds(Window& window, int count)
+{
+    const double before = busyMilliseconds();
+    for (int number = 0; number < count; ++number) {
+        add(window, number);
+        if (number % 1000 == 999)
+            QCoreApplication::processEvents();
+    }
+    settle();
+    return busyMilliseconds() - before;
+}
+
+double heapBytes()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return double(info.uordblks) + double(info.hblkhd);
+}
+
+void longLog(benchmark::State& state)
+{
+    constexpr int longest = 400000;
+    const bool shown = state.range(0) != 0;
+    std::vector<double> lineMs;
+    std::vector<double> fillRatio;
+    double lineBytes = 0;
+    for (auto _ : state) {
+        double quarterMs = 0;
+        {
+            Window quarter;
+            quarter.setVisible(shown);
+            settle();
+            quarterMs = fillMilliseconds(quarter, longest / 4);
+        }
+        Window window;
+        window.setVisible(shown);
+        settle();
+        const double before = heapBytes();
+        fillRatio.push_back(fillMilliseconds(window, longest) / quarterMs);
+        lineBytes = (heapBytes() - before) / longest;
+        for (int number = 0; number < 100; ++number) {
+            const double begin = busyMilliseconds();
+            add(window, number);
+            settle();
+            lineMs.push_back(busyMilliseconds() - begin);
+        }
+        state.SetIterationTime(lineMs.back() * 1e-3);
+    }
+    state.counters["ms a line (<=2)"] = median(lineMs);
+    state.counters["longest"] = *std::max_element(lineMs.begin(), lineMs.end());
+    state.counters["400000 / 100000 (<=4.4)"] = median(fillRatio);
+    state.counters["bytes a line (<=200)"] = lineBytes;
+}
+
 } // namespace
 
+BENCHMARK(longLog)->ArgName("shown")->Arg(0)->Arg(1)->Iterations(5)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(burstsArrive)
     ->Arg(1000)
     ->Arg(10000)

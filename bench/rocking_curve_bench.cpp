@@ -4,7 +4,6 @@
 #include "tools/SurfacePlot.h"
 #include "tools/WindowRockingCurve.h"
 #include "tools/rocking/GridScan.h"
-#include "tools/rocking/SurfaceGeometry.h"
 
 #include <QApplication>
 #include <QGLWidget>
@@ -15,7 +14,8 @@
 #include <cmath>
 #include <memory>
 
-// The rocking curves: redraw of a point, geometry of a walk over the grid, and a frame of the surface.
+// The rocking curves: redraw of a point and a frame of the surface. The walk is measured in the whole program
+// (program/).
 
 namespace {
 
@@ -77,60 +77,6 @@ std::vector<float> measuredGrid()
         currents[std::size_t(i)] = float(4e-6 * std::exp(-0.5 * (x * x + y * y)));
     }
     return currents;
-}
-
-/// Every quad on the heap by itself, the whole list anew.
-void rebuildOnHeap(const std::vector<float>& heights, std::vector<std::unique_ptr<Quad>>& list)
-{
-    list.clear();
-    float maximum = 0.0001f, minimum = 0;
-    for (float height : heights) {
-        maximum = std::max(maximum, height);
-        minimum = std::min(minimum, height);
-    }
-    const float step = 1.0f / (side - 1);
-    for (int b = 0; b < side - 1; ++b) {
-        for (int a = 0; a < side - 1; ++a) {
-            const float* p = &heights[std::size_t(a + b * side)];
-            const HeatColour colour = heatColour((p[0] + p[1] + p[side + 1] + p[side]) / 4 / (maximum - minimum));
-            const float x = float(a) * step, y = float(b) * step;
-            list.push_back(std::make_unique<Quad>(
-                Quad{{{x, y, p[0]}, {x + step, y, p[1]}, {x + step, y + step, p[side + 1]}, {x, y + step, p[side]}},
-                     float(colour.r),
-                     float(colour.g),
-                     float(colour.b)}));
-        }
-    }
-}
-
-/// Walks the grid and hands each state of it on.
-template <typename Show>
-void walk(const std::vector<float>& measured, Show show)
-{
-    std::vector<float> raw(grid_scan::points), normalised(grid_scan::points);
-    for (std::size_t i = 0; i < raw.size(); ++i) {
-        raw[i] = measured[i];
-        grid_scan::normalise(raw.data(), normalised.data());
-        show(normalised);
-    }
-}
-
-/// Normalisation and geometry of all 4096 points; the surface itself is built once, as it is when nothing
-/// paints between the points.
-void walkGeometry(benchmark::State& state)
-{
-    const std::vector<float> measured = measuredGrid();
-    SurfacePlot surface;
-    std::vector<std::unique_ptr<Quad>> list;
-    Interleaved()
-        .way("walk",
-             [&] {
-                 walk(measured,
-                      [&](const std::vector<float>& heights) { surface.setData(heights.data(), side, side); });
-                 benchmark::DoNotOptimize(surface.quads().data());
-             })
-        .way("heap", [&] { walk(measured, [&](const std::vector<float>& heights) { rebuildOnHeap(heights, list); }); })
-        .run(state);
 }
 
 /// The surface at the size and angle of the view, by the quads' own calls or from a vertex buffer.
@@ -254,7 +200,6 @@ BENCHMARK(scanRedraw)
     ->Args({1000, 1900, 1000})
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
-BENCHMARK(walkGeometry)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(surfaceFrame)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
