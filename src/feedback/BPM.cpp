@@ -5,6 +5,7 @@
 #include "hardware/ConfigFile.h"
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceRecords.h"
+#include "support/Legibility.h"
 #include "ui_BPM.h"
 
 #include <algorithm>
@@ -51,6 +52,7 @@ BPM::BPM(QWidget* parent) : QGroupBox(parent), ui(new Ui::BPM)
 
     changeBPMorient(ui->BPMorientation->currentText());
     checkConfiguration();
+    setHVstatusOld(false);
 }
 
 BPM::~BPM()
@@ -174,6 +176,13 @@ void BPM::setHVstatus(int code, double volts, double microamps)
     ui->voltageReadoutLineEdit->setText(QString::number(volts, 'f', 2) + QLatin1Char('V'));
     ui->currentReadoutLineEdit->setText(QString::number(microamps, 'f', 2) + QLatin1String("uA"));
     ui->statusLabel->setText(highVoltageText(code));
+}
+
+void BPM::setHVstatusOld(bool old)
+{
+    ui->voltageReadoutLineEdit->setOld(old);
+    ui->currentReadoutLineEdit->setOld(old);
+    ui->statusLabel->setPalette(old ? legibility::oldValue() : legibility::liveValue());
 }
 
 void BPM::showHVpanel(bool hideHV)

@@ -36,6 +36,8 @@ public:
     void showOffsets(bool visible);
     /// @param code state of the high voltage; one without a name shows none
     void setHVstatus(int code, double volts, double microamps);
+    /// Greys what the amplifier no longer reports.
+    void setHVstatusOld(bool old);
     /// Shows the encoder settings in place of the high voltage when true.
     void showHVpanel(bool hideHV);
 

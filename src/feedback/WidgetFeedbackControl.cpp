@@ -6,6 +6,10 @@
 #include "hardware/MailboxComm.h"
 #include "hardware/PidStatus.h"
 #include "support/FieldGuard.h"
+#include "support/FocusMark.h"
+#include "support/Legibility.h"
+#include "support/ReadoutLineEdit.h"
+#include "support/UnsentFields.h"
 #include "ui_WidgetFeedbackControl.h"
 
 #include <QMessageBox>
@@ -21,6 +25,7 @@ namespace {
 
 constexpr int refreshIntervalMs = 1000;
 constexpr int outputCount = 4;
+constexpr int controlPage = 1;
 
 struct StatisticsField
 {
@@ -50,29 +55,41 @@ static_assert(std::size(statusColours) == std::size(pidStatusTexts));
 
 /// Puts the set-point in force into its field, also over what an operator has entered there and not sent: otherwise the
 /// next press would send it to loops that never had it. One that could not be read leaves the field.
-void showSetpoint(QDoubleSpinBox* field, double micrometres)
+void showSetpoint(QDoubleSpinBox* field, double micrometres, UnsentFields* unsent)
 {
-    if (std::isfinite(micrometres))
-        field->setValue(micrometres);
+    if (!std::isfinite(micrometres))
+        return;
+    field->setValue(micrometres);
+    unsent->markSent(field);
 }
 
 } // namespace
 
-WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent) : QWidget(parent), ui(new Ui::WidgetFeedbackControl)
+WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent)
+    : QWidget(parent), ui(new Ui::WidgetFeedbackControl), unsentConfiguration(new UnsentFields(this)),
+      unsentSetpoints(new UnsentFields(this))
 {
     ui->setupUi(this);
     findFields();
     showStoredOutputs();
     new FieldGuard(this);
     // The page titles have no mnemonics: let the Tab key come to them.
-    for (QAbstractButton* title : ui->toolBox->findChildren<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly))
+    for (QAbstractButton* title : ui->toolBox->findChildren<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly)) {
         title->setFocusPolicy(Qt::TabFocus);
+        new FocusMark(title);
+    }
 
     ui->buttonFdbk->setCheckable(true);
     ui->buttonFdbk->setIconSize(QSize(24, 24));
     ui->buttonFdbk->setText(QStringLiteral("Enable Feedback"));
     ui->buttonFdbk->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
     ui->heartbeatLed->setShape(QLed::Rounded);
+    showLamp(ui->heartbeatLed->offColor());
+    // The beam is watched at every level: neither its figures nor what they are called fade.
+    for (QLabel* caption : ui->pageStatistics->findChildren<QLabel*>())
+        caption->setPalette(legibility::liveValue());
+    ui->heartbeatLabel->setPalette(legibility::liveValue());
+    markUnsentFields();
 
     connect(ui->buttonFdbk, SIGNAL(toggled(bool)), this, SLOT(fdbkStatusChanged(bool)));
     connect(ui->buttonUpdate, SIGNAL(released()), this, SLOT(sendNewSetpoint()));
@@ -89,6 +106,18 @@ WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent) : QWidget(parent),
 
 WidgetFeedbackControl::~WidgetFeedbackControl() = default;
 
+QSize WidgetFeedbackControl::minimumSizeHint() const
+{
+    // The pages scroll, but only up and down: a figure that is cut at the side reads as another one.
+    QSize hint = QWidget::minimumSizeHint();
+    int left, right;
+    layout()->getContentsMargins(&left, nullptr, &right, nullptr);
+    const int frame = left + right + style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    for (const QWidget* page : {ui->pageStatistics, ui->pageControl})
+        hint.setWidth(std::max(hint.width(), page->minimumSizeHint().width() + frame));
+    return hint;
+}
+
 void WidgetFeedbackControl::findFields()
 {
     static_assert(loops == loopCount);
@@ -101,8 +130,8 @@ void WidgetFeedbackControl::findFields()
     }
     for (int i = 0; i < statistics; ++i) {
         const QString name = QString::fromLatin1(statisticsTable[i].object);
-        statisticsFields[0][i] = findChild<QLineEdit*>(name);
-        statisticsFields[1][i] = findChild<QLineEdit*>(name + QStringLiteral("_2"));
+        statisticsFields[0][i] = findChild<ReadoutLineEdit*>(name);
+        statisticsFields[1][i] = findChild<ReadoutLineEdit*>(name + QStringLiteral("_2"));
     }
 }
 
@@ -127,8 +156,11 @@ void WidgetFeedbackControl::refreshFields()
 void WidgetFeedbackControl::showStatistics()
 {
     for (int bpm = 0; bpm < 2; ++bpm) {
-        if (mailbox->nrIonBars == 3 || mailbox->nrIonBars == bpm + 1)
+        const bool present = mailbox->nrIonBars == 3 || mailbox->nrIonBars == bpm + 1;
+        if (present)
             showStatistics(bpm);
+        for (ReadoutLineEdit* field : statisticsFields[bpm])
+            field->setOld(!present || mailbox->statsResult < 0);
     }
 }
 
@@ -147,8 +179,29 @@ void WidgetFeedbackControl::updateHeartbeat(PID_Status_Type PID_Status)
 {
     if (PID_Status < 0 || PID_Status >= int(std::size(pidStatusTexts)))
         return;
-    ui->heartbeatLed->setOffColor(statusColours[PID_Status]);
+    showLamp(statusColours[PID_Status]);
     ui->heartbeatLabel->setText(QLatin1String(pidStatusTexts[PID_Status]));
+}
+
+void WidgetFeedbackControl::showLamp(QLed::ledColor color)
+{
+    const bool shown = !ui->toolBox->itemIcon(controlPage).isNull();
+    if (shown && ui->heartbeatLed->offColor() == color)
+        return;
+    ui->heartbeatLed->setOffColor(color);
+    // The lamp itself is out of sight behind the statistics.
+    ui->toolBox->setItemIcon(controlPage, QLed::icon(ui->heartbeatLed->shape(), color));
+}
+
+void WidgetFeedbackControl::markUnsentFields()
+{
+    for (int loop = 0; loop < loops; ++loop) {
+        unsentConfiguration->watch(regulated[loop]);
+        unsentConfiguration->watch(outputs[loop]);
+        unsentConfiguration->watch(sources[loop]);
+    }
+    unsentSetpoints->watch(ui->posXDoubleSpinBox);
+    unsentSetpoints->watch(ui->posYDoubleSpinBox);
 }
 
 void WidgetFeedbackControl::showFeedbackButton()
@@ -173,6 +226,7 @@ void WidgetFeedbackControl::sendNewSetpoint()
     const double x = ui->posXDoubleSpinBox->value();
     const double y = ui->posYDoubleSpinBox->value();
     mailbox->setSetpoints(x, x, y, y);
+    unsentSetpoints->markSent();
     emit somethingChanged();
 }
 
@@ -181,8 +235,8 @@ void WidgetFeedbackControl::updateXYfields()
     double x = std::numeric_limits<double>::quiet_NaN();
     double y = x;
     mailbox->getSetpoints(&x, nullptr, &y, nullptr);
-    showSetpoint(ui->posXDoubleSpinBox, x);
-    showSetpoint(ui->posYDoubleSpinBox, y);
+    showSetpoint(ui->posXDoubleSpinBox, x, unsentSetpoints);
+    showSetpoint(ui->posYDoubleSpinBox, y, unsentSetpoints);
 }
 
 void WidgetFeedbackControl::updateButtonPressed()
@@ -213,6 +267,7 @@ void WidgetFeedbackControl::updateButtonPressed()
     const int item = loopConfigurationCode(mask);
     mailbox->setPIDconf(static_cast<signed char>(item));
     confChanged(item);
+    unsentConfiguration->markSent();
     emit somethingChanged();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hardware/PidStatusMetaType.h"
+#include "support/QLed.h"
 
 #include <QWidget>
 
@@ -8,7 +9,8 @@
 
 class QCheckBox;
 class QComboBox;
-class QLineEdit;
+class ReadoutLineEdit;
+class UnsentFields;
 
 namespace Ui {
 class WidgetFeedbackControl;
@@ -24,6 +26,8 @@ class WidgetFeedbackControl : public QWidget
 public:
     explicit WidgetFeedbackControl(QWidget* parent = nullptr);
     ~WidgetFeedbackControl() override;
+
+    QSize minimumSizeHint() const override;
 
 signals:
     void somethingChanged();
@@ -55,6 +59,8 @@ private:
     void showStoredOutputs();
     void showStatistics();
     void showStatistics(int bpm);
+    void showLamp(QLed::ledColor color);
+    void markUnsentFields();
     void showFeedbackButton();
     /// Stores and sends the outputs of the four loops. @return negative when two of them are the same
     int sendOutputs();
@@ -64,7 +70,9 @@ private:
     QCheckBox* regulated[loops];
     QComboBox* outputs[loops];
     QComboBox* sources[loops];
-    QLineEdit* statisticsFields[2][statistics];
+    ReadoutLineEdit* statisticsFields[2][statistics];
+    UnsentFields* unsentConfiguration;
+    UnsentFields* unsentSetpoints;
     bool fdbkEnabled = false;
     bool outputsUnique = false;
 };

@@ -8,7 +8,10 @@
 #include "hardware/MailboxComm.h"
 #include "logging/Log.h"
 #include "support/FieldGuard.h"
+#include "support/UnsentFields.h"
 #include "ui_WidgetPidCtrl.h"
+
+#include <QDoubleSpinBox>
 
 namespace {
 
@@ -16,7 +19,8 @@ constexpr int adminLevel = 2;
 
 } // namespace
 
-WidgetPidCtrl::WidgetPidCtrl(QWidget* parent) : QWidget(parent), ui(new Ui::WidgetPidCtrl)
+WidgetPidCtrl::WidgetPidCtrl(QWidget* parent)
+    : QWidget(parent), ui(new Ui::WidgetPidCtrl), unsent(new UnsentFields(this))
 {
     ui->setupUi(this);
     new FieldGuard(this);
@@ -26,6 +30,8 @@ WidgetPidCtrl::WidgetPidCtrl(QWidget* parent) : QWidget(parent), ui(new Ui::Widg
     params[LoopYhf] = ui->posYhfwidget;
     enableAndDisableFields();
     showStoredParams();
+    for (QDoubleSpinBox* field : findChildren<QDoubleSpinBox*>())
+        unsent->watch(field);
     connect(ui->pushButtonUpdate, SIGNAL(released()), this, SLOT(savePIDparams()));
 }
 
@@ -58,4 +64,5 @@ void WidgetPidCtrl::savePIDparams()
                               p.Ogain);
         configFile->writeLoop(loop, p);
     }
+    unsent->markSent();
 }

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+class UnsentFields;
 class WidgetPIDparams;
 
 namespace Ui {
@@ -29,4 +30,5 @@ private:
 
     std::unique_ptr<Ui::WidgetPidCtrl> ui;
     WidgetPIDparams* params[4]; ///< by loop index
+    UnsentFields* unsent;
 };

@@ -144,4 +144,6 @@ void WindowBeamlineConf::refreshHighVoltage(int bpm)
     const AmplifierStatus& status = updater->ionbarStatus[bpm];
     panel(bpm)->setHVstatus(status.highVoltageCode(), double(status.highVoltageVolts()),
                             double(status.highVoltageMicroamps()));
+    const bool present = (mailbox->nrIonBars & (1 << bpm)) != 0;
+    panel(bpm)->setHVstatusOld(!present || !updater->ionbarStatusRead[bpm]);
 }

@@ -66,7 +66,7 @@ void MailboxComm::doSetupOnNewThread()
 void MailboxComm::refreshData()
 {
     scanSfpPorts();
-    getBPMStats(&stats);
+    statsResult = getBPMStats(&stats);
     pidStatus = getPIDstatus();
 }
 

@@ -10,9 +10,9 @@ class QThread;
 /// The gateway to the control library: a poller on a thread of its own, and one method per command.
 ///
 /// The worker thread runs doSetupOnNewThread() and refreshData() and writes sfp, nrIonBars, cogtrakPresent, stats,
-/// pidStatus and the globals sampFreq and bpmSel*. The GUI thread reads these and calls the commands, which run on
-/// the caller's thread. Nothing is locked here: values are word-sized or display-only, and a torn read of the
-/// statistics shows at most one wrong figure for a second. The control library itself is safe for both threads.
+/// statsResult, pidStatus and the globals sampFreq and bpmSel*. The GUI thread reads these and calls the commands,
+/// which run on the caller's thread. Nothing is locked here: values are word-sized or display-only, and a torn read of
+/// the statistics shows at most one wrong figure for a second. The control library itself is safe for both threads.
 ///
 /// Commands return the library's result, negative on failure, and log a failure at warning level.
 class MailboxComm : public QObject
@@ -79,6 +79,8 @@ public:
     /// 1 while an encoder box was seen on any port at the last scan.
     int cogtrakPresent = 0;
     BPMStats stats = {};
+    /// Result of the poll that should have filled stats: negative if it failed, and stats kept its old values.
+    int statsResult = 0;
     /// A PID_Status_Type.
     int pidStatus = 0;
 

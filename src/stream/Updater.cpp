@@ -90,12 +90,18 @@ void Updater::ChangeFFTremoveDC(bool removeDC)
     this->removeDC = removeDC;
 }
 
+void Updater::setPaused(bool paused)
+{
+    this->paused = paused;
+    emit pausedChanged(paused);
+}
+
 void Updater::updateIonBars()
 {
     for (int amplifier = 0; amplifier < 2; ++amplifier) {
         DeviceFile device(amplifierDevicePath[amplifier], O_RDONLY);
-        if (device.isOpen())
-            device.control(requestAmplifierStatus, &ionbarStatus[amplifier]);
+        ionbarStatusRead[amplifier] =
+            device.isOpen() && device.control(requestAmplifierStatus, &ionbarStatus[amplifier]) >= 0;
     }
 }
 

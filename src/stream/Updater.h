@@ -33,6 +33,8 @@ public:
 
     /// What updateIonBars() last read, one record an amplifier; all zero before.
     AmplifierStatus ionbarStatus[2] = {};
+    /// Whether the last reading of an amplifier's status succeeded. A record stays as it was where it did not.
+    bool ionbarStatusRead[2] = {true, true};
     /// Freezes the graphs; the amplifier status goes on.
     bool paused = false;
     QCPDataMap* dataXY[2] = {};
@@ -52,11 +54,14 @@ signals:
     void replotGraphs();
     void replotDACgraph();
     void PIDstatusChanged(PID_Status_Type PID_status);
+    void pausedChanged(bool paused);
 
 public slots:
     void updateGraphs();
     void updateIonBars();
     void ChangeFFTremoveDC(bool removeDC);
+    /// Writes the flag and tells the graphs.
+    void setPaused(bool paused);
 
 private:
     QCPDataMap** registered(int kind, int channel);

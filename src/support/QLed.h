@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QStringList>
+#include <QIcon>
 #include <QWidget>
 
 class QSvgRenderer;
@@ -40,6 +40,9 @@ public:
     explicit QLed(QWidget* parent = nullptr);
     ~QLed() override;
 
+    /// A lamp as an icon that keeps its colour where it is disabled. Empty for a lamp that is not delivered.
+    static QIcon icon(ledShape shape, ledColor color);
+
     bool value() const { return lamp.value; }
     ledColor onColor() const { return lamp.onColor; }
     ledColor offColor() const { return lamp.offColor; }
@@ -66,7 +69,5 @@ private:
     };
 
     Lamp lamp;
-    QStringList shapes;
-    QStringList colors;
     QSvgRenderer* renderer;
 };

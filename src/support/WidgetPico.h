@@ -4,6 +4,8 @@
 
 #include <memory>
 
+class UnsentFields;
+
 namespace Ui {
 class WidgetPico;
 }
@@ -19,6 +21,8 @@ public:
 
     /// Shows the currents of channels 1 to 4, A.
     void setCurrents(double ch1, double ch2, double ch3, double ch4);
+    /// Greys currents that are no longer measured.
+    void setCurrentsOld(bool old);
 
     /// Amplifier that the range goes to: 0 "IonBar 1", 1 "IonBar 2".
     int ionbarIndex = 0;
@@ -28,4 +32,5 @@ private slots:
 
 private:
     std::unique_ptr<Ui::WidgetPico> ui;
+    UnsentFields* unsent;
 };

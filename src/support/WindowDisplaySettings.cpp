@@ -43,5 +43,5 @@ void WindowDisplaySettings::saveSettings()
 
 void WindowDisplaySettings::pauseButtonChanged(bool checked)
 {
-    updater->paused = checked;
+    updater->setPaused(checked);
 }

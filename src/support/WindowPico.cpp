@@ -46,4 +46,5 @@ void WindowPico::refreshAmplifier(int index, bool present, WidgetPico* widget, Q
         return;
     const AmplifierStatus& status = updater->ionbarStatus[index];
     widget->setCurrents(status.current(0), status.current(1), status.current(2), status.current(3));
+    widget->setCurrentsOld(!updater->ionbarStatusRead[index]);
 }

@@ -30,12 +30,16 @@ QString moduleVersion(const char (&version)[4])
     return codes.join(QLatin1Char('.'));
 }
 
-QPixmap modulePicture(const QString& code)
+/// @param ratio pixels of the screen in one of the window
+QPixmap modulePicture(const QString& code, qreal ratio)
 {
+    constexpr int side = 100;
     const QPixmap picture(deviceImage(code));
     if (picture.isNull())
         return picture;
-    return picture.scaled(100, 100, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    QPixmap scaled = picture.scaled(QSize(side, side) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    scaled.setDevicePixelRatio(ratio);
+    return scaled;
 }
 
 } // namespace
@@ -70,7 +74,7 @@ void WindowSFPstatus::fillColumn(int port, const SFPinfo& info)
 {
     const QString code = QString::asprintf("%04x", unsigned(info.deviceId));
     auto* image = new QTableWidgetItem;
-    image->setData(Qt::DecorationRole, modulePicture(code));
+    image->setData(Qt::DecorationRole, modulePicture(code, devicePixelRatioF()));
     ui->SFPsTable->setItem(ImageRow, port, image);
     ui->SFPsTable->setItem(NameRow, port, new QTableWidgetItem(deviceName(code)));
     ui->SFPsTable->setItem(SerialNumberRow, port, new QTableWidgetItem(QString::number(info.serialNumber)));

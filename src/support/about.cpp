@@ -2,6 +2,7 @@
 
 #include "app/Globals.h"
 
+#include "support/SharpPicture.h"
 #include "ui_about.h"
 
 #include <QStyle>
@@ -10,6 +11,7 @@ about::about(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::about>(
 {
     ui->setupUi(this);
     setWindowIcon(style()->standardIcon(QStyle::SP_MessageBoxInformation));
+    ui->label->setPixmap(sharpPicture(QStringLiteral(":/qss/images/Logo_Zenthic.png"), devicePixelRatioF()));
     ui->label_2->setTextFormat(Qt::RichText);
     ui->label_2->setText(QLatin1String("Zenthic KORA Local User Interface<br>v") + QLatin1String(guiVersion));
     // Addresses under the reserved domain "example", which belong to nobody: the maker's own take their

@@ -1,6 +1,7 @@
 #include "BeamlineWindow.h"
 
 #include "stream/Updater.h"
+#include "support/Contrast.h"
 
 #include <QTimer>
 
@@ -218,6 +219,36 @@ private slots:
         QCOMPARE(box(0, "xGain")->value(), 0.0);
         QCOMPARE(box(0, "yGain")->value(), 0.0);
         QCOMPARE(box(0, "xOffset")->value(), 0.0);
+    }
+
+    void readoutsThatAreNoLongerReadAreGrey()
+    {
+        showAtLevel(0);
+        updater->ionbarStatus[0] = highVoltage(1, 10.0f, 1.0f);
+        operate::fireTimers(window.get());
+        QWidget* const shown[] = {find<QLineEdit>(panel(0), "voltageReadoutLineEdit"),
+                                  find<QLineEdit>(panel(0), "currentReadoutLineEdit")};
+        auto* state = find<QLabel>(panel(0), "statusLabel");
+        for (QWidget* field : shown)
+            QVERIFY(contrast::ofPicture(field) > 7);
+        const QColor live = state->palette().color(QPalette::Disabled, QPalette::WindowText);
+        setDevicePresent(amplifierDevicePath[0], false);
+        updater->updateIonBars();
+        operate::fireTimers(window.get());
+        for (QWidget* field : shown)
+            QVERIFY(contrast::ofPicture(field) < 3);
+        QVERIFY(state->palette().color(QPalette::Disabled, QPalette::WindowText) != live);
+        // Unplugged, though the driver still answers.
+        setDevicePresent(amplifierDevicePath[0], true);
+        updater->updateIonBars();
+        mailbox->nrIonBars = 0;
+        operate::fireTimers(window.get());
+        for (QWidget* field : shown)
+            QVERIFY(contrast::ofPicture(field) < 3);
+        mailbox->nrIonBars = 3;
+        operate::fireTimers(window.get());
+        for (QWidget* field : shown)
+            QVERIFY(contrast::ofPicture(field) > 7);
     }
 };
 

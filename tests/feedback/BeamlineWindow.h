@@ -7,6 +7,7 @@
 #include "hardware/MailboxComm.h"
 #include "support/Operator.h"
 #include "support/ScratchSettings.h"
+#include "support/SvgPicture.h"
 #include "support/World.h"
 
 #include <QComboBox>

@@ -401,6 +401,34 @@ private slots:
             QCOMPARE(source(loop)->itemText(1), QStringLiteral("BPM2"));
         }
     }
+
+    void aChoiceThatWasNotSentIsBoldUntilUpdateConfig()
+    {
+        for (int loop = 0; loop < 4; ++loop)
+            scratch_settings::setValue(outputKeys[loop], loop);
+        open();
+        panel->confChanged(7);
+        pressUpdateConfig();
+        QWidget* const changed[] = {tick(1), output(0), output(1), source(2)};
+        tick(1)->setChecked(false);
+        output(0)->setCurrentIndex(1);
+        output(1)->setCurrentIndex(0);
+        source(2)->setCurrentIndex(1);
+        for (const QWidget* field : changed)
+            QVERIFY(field->font().bold());
+        QVERIFY(!output(2)->font().bold());
+
+        // Refused: nothing was sent.
+        mailbox->pidStatus = PidStatusOn;
+        const MessageBoxes boxes;
+        pressUpdateConfig();
+        for (const QWidget* field : changed)
+            QVERIFY(field->font().bold());
+        mailbox->pidStatus = PidStatusOff;
+        pressUpdateConfig();
+        for (const QWidget* field : changed)
+            QVERIFY(!field->font().bold());
+    }
 };
 
 QTEST_MAIN(FeedbackConfigurationTest)

@@ -243,6 +243,29 @@ private slots:
         QVERIFY(!find<QCheckBox>(panel.get(), "confXhfcheckbox")->isChecked());
         QVERIFY(!find<QCheckBox>(panel.get(), "confYhfcheckbox")->isChecked());
     }
+
+    void aSetpointThatWasNotSentIsBoldUntilUpdateSetpoint()
+    {
+        QVERIFY(!x()->font().bold());
+        type(x(), QStringLiteral("12.5"));
+        QVERIFY(x()->font().bold());
+        QVERIFY(!y()->font().bold());
+        pressUpdateSetpoint();
+        QVERIFY(!x()->font().bold());
+        y()->stepUp();
+        QVERIFY(y()->font().bold());
+        y()->stepDown();
+        QVERIFY(!y()->font().bold());
+    }
+
+    void aSetpointPlacedElsewhereIsNotBold()
+    {
+        type(x(), QStringLiteral("12.5"));
+        answers().setpoints[0] = 7.0;
+        panel->updateXYfields();
+        QCOMPARE(x()->value(), 7.0);
+        QVERIFY(!x()->font().bold());
+    }
 };
 
 QTEST_MAIN(FeedbackSetpointTest)

@@ -2,6 +2,7 @@
 #include "app/Globals.h"
 #include "double/KoralinkDouble.h"
 #include "hardware/MailboxComm.h"
+#include "support/Contrast.h"
 #include "support/Operator.h"
 #include "support/QLed.h"
 #include "support/World.h"
@@ -11,8 +12,10 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QSvgRenderer>
 #include <QTimer>
 #include <QToolBox>
 #include <QtTest>
@@ -288,6 +291,120 @@ private slots:
             QCOMPARE(box->maximum(), 10000.0);
             QCOMPARE(box->singleStep(), 0.01);
             QCOMPARE(box->suffix(), QString::fromUtf8(" µm"));
+        }
+    }
+
+    void theStateOfTheFeedbackIsSeenOnTheTitleOfItsPageAtEveryLevel_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("colour");
+        QTest::newRow("off") << 0 << QStringLiteral("grey");
+        QTest::newRow("fault") << 1 << QStringLiteral("red");
+        QTest::newRow("beam off") << 2 << QStringLiteral("purple");
+        QTest::newRow("on") << 3 << QStringLiteral("green");
+    }
+    void theStateOfTheFeedbackIsSeenOnTheTitleOfItsPageAtEveryLevel()
+    {
+        QFETCH(int, status);
+        QFETCH(QString, colour);
+        mailbox->pidStatus = status;
+        tick();
+        const QIcon icon = find<QToolBox>(panel.get(), "toolBox")->itemIcon(1);
+        QImage lamp(16, 16, QImage::Format_ARGB32_Premultiplied);
+        lamp.fill(Qt::transparent);
+        QPainter painter(&lamp);
+        painter.setRenderHint(QPainter::Antialiasing);
+        QSvgRenderer(QStringLiteral(":/resources/round_%1.svg").arg(colour)).render(&painter);
+        painter.end();
+        for (const QIcon::Mode mode : {QIcon::Normal, QIcon::Disabled})
+            QCOMPARE(icon.pixmap(16, mode).toImage().convertToFormat(lamp.format()), lamp);
+    }
+
+    void figuresAndTheirCaptionsAreLegibleForAWatcher()
+    {
+        userLevel = 0;
+        panel->checkUserLevel();
+        mailbox->nrIonBars = 3;
+        tick();
+        panel->resize(600, 700);
+        panel->show();
+        QCoreApplication::processEvents();
+        int seen = 0;
+        QWidget* page = find<QWidget>(panel.get(), "pageStatistics");
+        for (QLineEdit* field : page->findChildren<QLineEdit*>()) {
+            QVERIFY(!field->isEnabled());
+            QVERIFY(contrast::ofPicture(field) > 7);
+            ++seen;
+        }
+        for (QLabel* caption : page->findChildren<QLabel*>()) {
+            QVERIFY(contrast::ratio(caption->palette().color(QPalette::Disabled, QPalette::WindowText),
+                                    caption->palette().color(QPalette::Disabled, QPalette::Window)) > 7);
+            ++seen;
+        }
+        QCOMPARE(seen, 18 + 18);
+    }
+
+    void figuresOfAMonitorThatIsUnpluggedAndOfAFailedPollAreGrey()
+    {
+        mailbox->nrIonBars = 3;
+        tick();
+        auto* first = find<QLineEdit>(panel.get(), "posXMeanLineEdit");
+        auto* second = find<QLineEdit>(panel.get(), "posXMeanLineEdit_2");
+        QVERIFY(contrast::ofPicture(first) > 7 && contrast::ofPicture(second) > 7);
+        mailbox->nrIonBars = 2;
+        tick();
+        QVERIFY(contrast::ofPicture(first) < 3 && contrast::ofPicture(second) > 7);
+        mailbox->nrIonBars = 3;
+        fail("getBPMStats");
+        mailbox->refreshData();
+        mailbox->nrIonBars = 3;
+        tick();
+        QVERIFY(contrast::ofPicture(first) < 3 && contrast::ofPicture(second) < 3);
+        fail("getBPMStats", 0);
+        mailbox->refreshData();
+        mailbox->nrIonBars = 3;
+        tick();
+        QVERIFY(contrast::ofPicture(first) > 7 && contrast::ofPicture(second) > 7);
+    }
+
+    void aFigureThatIsTooLongShowsItsStart()
+    {
+        auto* field = find<QLineEdit>(panel.get(), "posXStdLineEdit");
+        panel->resize(500, 700);
+        panel->show();
+        QCoreApplication::processEvents();
+        field->setText(QStringLiteral("2.483904 um"));
+        const QRect start(4, 4, field->fontMetrics().horizontalAdvance(QStringLiteral("2.48")), field->height() - 8);
+        const QImage expected = field->grab(start).toImage();
+        field->setText(QStringLiteral("2.483904 um").leftJustified(200, QLatin1Char('9')));
+        QCOMPARE(field->grab(start).toImage(), expected);
+    }
+
+    void aFigureIsNeverNarrowerThanItsDigits()
+    {
+        QFont large = panel->font();
+        large.setPointSizeF(2 * large.pointSizeF());
+        panel->setFont(large);
+        for (const QLineEdit* field : find<QWidget>(panel.get(), "pageStatistics")->findChildren<QLineEdit*>())
+            QVERIFY(field->minimumSizeHint().width() >
+                    field->fontMetrics().horizontalAdvance(QStringLiteral("2.483904 um")));
+    }
+
+    void thePageTitlesShowTheFocus()
+    {
+        panel->resize(500, 700);
+        panel->show();
+        QApplication::setActiveWindow(panel.get());
+        for (QAbstractButton* title : find<QToolBox>(panel.get(), "toolBox")
+                                          ->findChildren<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly)) {
+            find<QPushButton>(panel.get(), "buttonFdbk")->setFocus();
+            title->clearFocus();
+            const QImage without = title->grab().toImage();
+            title->setFocus(Qt::TabFocusReason);
+            QVERIFY(title->hasFocus());
+            const QImage with = title->grab().toImage();
+            QVERIFY(with != without);
+            QCOMPARE(with.pixelColor(1, with.height() / 2), title->palette().color(QPalette::Highlight));
         }
     }
 };

@@ -324,6 +324,30 @@ private slots:
         QCOMPARE(captions, 1);
         QCOMPARE(pictures, 1);
     }
+
+    void aFieldThatWasNotSentIsBoldUntilUpdate()
+    {
+        for (int loop = 0; loop < 4; ++loop) {
+            for (int field = 0; field < fieldCount; ++field) {
+                const double before = box(loop, field)->value();
+                box(loop, field)->setValue(valueOf(loop, field));
+                QVERIFY(before != valueOf(loop, field));
+                QVERIFY(box(loop, field)->font().bold());
+            }
+        }
+        box(2, 1)->setValue(box(2, 1)->value() + 1);
+        operate::press(find<QPushButton>(panel.get(), "pushButtonUpdate"));
+        for (int loop = 0; loop < 4; ++loop) {
+            for (int field = 0; field < fieldCount; ++field)
+                QVERIFY(!box(loop, field)->font().bold());
+        }
+        const double sent = box(1, 3)->value();
+        box(1, 3)->setValue(sent + 1);
+        QVERIFY(box(1, 3)->font().bold());
+        QVERIFY(!box(1, 4)->font().bold());
+        box(1, 3)->setValue(sent);
+        QVERIFY(!box(1, 3)->font().bold());
+    }
 };
 
 QTEST_MAIN(WidgetPidCtrlTest)

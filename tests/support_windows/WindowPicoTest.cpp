@@ -3,6 +3,7 @@
 #include "double/KoralinkDouble.h"
 #include "hardware/MailboxComm.h"
 #include "stream/Updater.h"
+#include "support/Contrast.h"
 #include "support/Operator.h"
 #include "support/WidgetPico.h"
 #include "support/World.h"
@@ -267,6 +268,35 @@ private slots:
             QVERIFY(!window->isVisible());
             QVERIFY(commands().empty());
         }
+    }
+
+    void aRangeThatWasNotSentIsBoldUntilUpdateRange()
+    {
+        openWithDevices(3);
+        auto* range = operate::find<QComboBox>(amplifier(0), "rangeBox");
+        QVERIFY(!range->font().bold());
+        range->setCurrentText(QStringLiteral("1"));
+        QVERIFY(range->font().bold());
+        operate::press(operate::find<QPushButton>(amplifier(0), "saveButton"));
+        QVERIFY(!range->font().bold());
+    }
+
+    void currentsThatAreNoLongerReadAreGrey()
+    {
+        openWithDevices(3);
+        updater->updateIonBars();
+        operate::fireTimers(window.get());
+        auto* line = operate::find<QLineEdit>(amplifier(0), "currentCh1Line");
+        QVERIFY(contrast::ofPicture(line) > 7);
+        setDevicePresent(amplifierDevicePath[0], false);
+        updater->updateIonBars();
+        operate::fireTimers(window.get());
+        QVERIFY(contrast::ofPicture(line) < 3);
+        QVERIFY(contrast::ofPicture(operate::find<QLineEdit>(amplifier(1), "currentCh1Line")) > 7);
+        setDevicePresent(amplifierDevicePath[0], true);
+        updater->updateIonBars();
+        operate::fireTimers(window.get());
+        QVERIFY(contrast::ofPicture(line) > 7);
     }
 };
 
