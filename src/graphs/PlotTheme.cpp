@@ -1,5 +1,7 @@
 #include "graphs/PlotTheme.h"
 
+#include "stream/StreamSignal.h"
+
 #include <qcustomplot.h>
 
 void plot_theme::drawPlain(QCustomPlot* plot)
@@ -26,11 +28,47 @@ void plot_theme::whiten(QCPAxis* axis)
     axis->setSubTickPen(white);
 }
 
+QString plot_theme::axisTitle(const Quantity& quantity)
+{
+    return QStringLiteral("%1 [%2]").arg(QLatin1String(quantity.name), QLatin1String(quantity.unit));
+}
+
 void plot_theme::showLegend(QCustomPlot* plot)
 {
     plot->legend->setVisible(true);
     plot->legend->setTextColor(Qt::white);
     plot->legend->setBrush(QColor(10, 10, 10));
+    plot->axisRect()->insetLayout()->setInsetAlignment(0, Qt::AlignTop | Qt::AlignLeft);
+}
+
+void plot_theme::listVisibleTraces(QCustomPlot* plot)
+{
+    plot->legend->clearItems();
+    for (int i = 0; i < plot->graphCount(); ++i) {
+        if (plot->graph(i)->visible())
+            plot->graph(i)->addToLegend();
+    }
+    plot->legend->setVisible(plot->legend->itemCount() > 0);
+}
+
+void plot_theme::keepLeftMargin(QCustomPlot* plot, const QString& widestLabel)
+{
+    const QCPAxis* axis = plot->yAxis;
+    const int title = axis->label().isEmpty() ? 0 : QFontMetrics(axis->labelFont()).height() + axis->labelPadding();
+    const int label = QFontMetrics(axis->tickLabelFont()).horizontalAdvance(widestLabel) + axis->tickLabelPadding();
+    const int lines = axis->padding() + qMax(axis->tickLengthOut(), axis->subTickLengthOut());
+    QMargins margins = plot->axisRect()->minimumMargins();
+    // The plot measures its labels by their outlines, which may stand out by a pixel at either end.
+    margins.setLeft(title + label + lines + 2);
+    plot->axisRect()->setMinimumMargins(margins);
+}
+
+void plot_theme::fitTicksToHeight(QCustomPlot* plot)
+{
+    constexpr int usualTicks = 5;
+    const int linesPerTick = 2;
+    const int room = plot->axisRect()->height() / (linesPerTick * QFontMetrics(plot->yAxis->tickLabelFont()).height());
+    plot->yAxis->ticker()->setTickCount(qBound(1, room, usualTicks));
 }
 
 void plot_theme::allowVerticalZoomAndSelection(QCustomPlot* plot)

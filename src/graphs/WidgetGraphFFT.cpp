@@ -2,6 +2,7 @@
 
 #include "app/Globals.h"
 #include "graphs/ClickedPlace.h"
+#include "graphs/PausedMark.h"
 #include "graphs/PlotRedraw.h"
 #include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
@@ -14,6 +15,7 @@ namespace {
 
 constexpr double tracePenWidth = 2.0;
 constexpr int subTicksPerDecade = 8;
+constexpr int labelDecimals = 1;
 
 /// What a text that names no signal stands for.
 constexpr int otherSlot = SlotPos1X;
@@ -55,6 +57,7 @@ WidgetGraphFFT::WidgetGraphFFT(QWidget* parent) : QWidget(parent), ui(std::make_
     new FieldGuard(this);
     plot_theme::drawPlain(ui->graph);
     plotRedraw = new PlotRedraw(ui->graph);
+    new PausedMark(ui->graph);
     trace = new TraceGraph(ui->graph->xAxis, ui->graph->yAxis);
     trace->setPen(QPen(QColor(250, 250, 135, 240), tracePenWidth));
     buildAxes();
@@ -75,6 +78,11 @@ void WidgetGraphFFT::buildAxes()
     setScale(ui->graph->xAxis, true);
     setScale(ui->graph->yAxis, true);
     ui->graph->xAxis->grid()->setSubGridVisible(true);
+    ui->graph->xAxis->setLabel(QStringLiteral("Frequency [Hz]"));
+    // One form for all magnitudes: labels whose widths change would move the axis at every update.
+    ui->graph->yAxis->setNumberFormat(QStringLiteral("e"));
+    ui->graph->yAxis->setNumberPrecision(labelDecimals);
+    connect(ui->graph, SIGNAL(beforeReplot()), this, SLOT(fitTicks()));
 }
 
 void WidgetGraphFFT::connectAll()
@@ -130,6 +138,13 @@ void WidgetGraphFFT::fftSelectorChanged(QString selector)
     const StreamSignal* signal = signalOf(selector);
     updater->setFFTchannel(signal ? signal->slot() : otherSlot);
     trace->setPen(QPen(QColor(signal ? signal->spectrum.colour : otherColour), tracePenWidth));
+    ui->graph->yAxis->setLabel(plot_theme::axisTitle(signal ? signal->quantity : positionQuantity));
+    plot_theme::keepLeftMargin(ui->graph, QStringLiteral("9.9e+10"));
+}
+
+void WidgetGraphFFT::fitTicks()
+{
+    plot_theme::fitTicksToHeight(ui->graph);
 }
 
 void WidgetGraphFFT::resizeEvent(QResizeEvent* event)

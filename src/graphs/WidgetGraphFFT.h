@@ -37,6 +37,7 @@ private slots:
     void fftLengthChanged(QString str);
     void graphClicked(QMouseEvent* event);
     void fftSelectorChanged(QString selector);
+    void fitTicks();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -1,6 +1,7 @@
 #include "graphs/WidgetGraphTime.h"
 
 #include "app/Globals.h"
+#include "graphs/PausedMark.h"
 #include "graphs/PlotRedraw.h"
 #include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
@@ -19,12 +20,14 @@ void WidgetGraphTime::build(GraphKind graph, int channels)
     makeCheckBoxes(graph, channels);
     ui->setupUi(this);
     plotRedraw = new PlotRedraw(ui->graph);
+    new PausedMark(ui->graph);
     plot_theme::drawPlain(ui->graph);
     connectCheckBoxes();
     buildTraces();
     plot_theme::setGradient(ui->graph, plot_theme::firstGradientHeight);
     plot_theme::showLegend(ui->graph);
     buildAxes();
+    plot_theme::listVisibleTraces(ui->graph);
     plot_theme::allowVerticalZoomAndSelection(ui->graph);
 }
 
@@ -74,6 +77,7 @@ void WidgetGraphTime::buildAxes()
     plot_theme::whiten(ui->graph->yAxis);
     ui->graph->yAxis->setNumberFormat(QStringLiteral("e"));
     ui->graph->yAxis->setNumberPrecision(5);
+    plot_theme::keepLeftMargin(ui->graph, QStringLiteral("-9.99999e+10"));
 }
 
 void WidgetGraphTime::setLabels(QString xLabel, QString yLabel, QStringList names)
@@ -102,6 +106,7 @@ bool WidgetGraphTime::isChecked(int channel) const
 void WidgetGraphTime::showTrace(int channel, bool shown)
 {
     traces[std::size_t(channel)].graph->setVisible(shown);
+    plot_theme::listVisibleTraces(ui->graph);
 }
 
 void WidgetGraphTime::showCheckedTraces()

@@ -3,6 +3,7 @@
 #include "app/Globals.h"
 #include "graphs/ArmedTarget.h"
 #include "graphs/ClickedPlace.h"
+#include "graphs/PausedMark.h"
 #include "graphs/PlotRedraw.h"
 #include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
@@ -44,6 +45,7 @@ WidgetGraphXY::WidgetGraphXY(int bpmIndex, QWidget* parent)
     ui->setupUi(this);
     plot_theme::drawPlain(ui->graph);
     plotRedraw = new PlotRedraw(ui->graph);
+    new PausedMark(ui->graph);
     buildGraphs();
     buildLimits();
     buildAxes();

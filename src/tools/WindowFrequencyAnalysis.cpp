@@ -16,6 +16,7 @@
 
 #include "ui_WindowFrequencyAnalysis.h"
 
+#include <QApplication>
 #include <QFile>
 #include <QFileDialog>
 #include <QMessageBox>
@@ -27,9 +28,9 @@ namespace {
 
 constexpr int outputs = 4;
 constexpr int firstGeneratorMode = 2;
-/// Room for the tick labels, pixels: the same in both plots, so that equal frequencies stand above one
-/// another.
-constexpr int leftMargin = 105;
+/// The widest tick label of the two plots: both have room for it, so that equal frequencies stand above one another.
+constexpr char widestTickLabel[] = "-9.99e+10";
+constexpr double pointSize = 4;
 
 const QColor plotColors[] = {QColor(255, 0, 0),   QColor(0, 255, 0),   QColor(0, 0, 255),
                              QColor(255, 255, 0), QColor(0, 255, 255), QColor(255, 0, 255)};
@@ -80,9 +81,9 @@ void dressPlot(QCustomPlot* plot, const char* valueLabel)
         axis->grid()->setPen(QPen(QColor(255, 255, 255, 110), 1.0, Qt::DotLine));
         axis->grid()->setSubGridPen(QPen(QColor(255, 255, 255, 45), 1.0, Qt::DotLine));
     }
-    plot->axisRect()->setMinimumMargins(QMargins(leftMargin, 15, 15, 15));
     plot->xAxis->setLabel(QStringLiteral("Frequency [Hz]"));
     plot->yAxis->setLabel(QLatin1String(valueLabel));
+    plot_theme::keepLeftMargin(plot, QLatin1String(widestTickLabel));
     const QSharedPointer<QCPAxisTickerLog> ticker(new QCPAxisTickerLog);
     ticker->setSubTickCount(8);
     plot->xAxis->setTicker(ticker);
@@ -96,6 +97,8 @@ QCPDataMap* addTrace(QCustomPlot* plot, const QColor& color)
     QCPGraph* graph = plot->addGraph();
     graph->setAntialiased(false);
     graph->setPen(QPen(color, 1.0, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin));
+    // A single point has no line.
+    graph->setScatterStyle(QCPScatterStyle(QCPScatterStyle::ssDisc, pointSize));
     auto* data = new QCPDataMap;
     graph->setData(QSharedPointer<QCPDataMap>(data));
     return data;
@@ -296,6 +299,10 @@ void WindowFrequencyAnalysis::sweepPoints(int length)
         return;
     }
     sweep.plot = addPlot();
+    // At once: the next chance to paint comes after the first point.
+    ui->StartSweepPushButton->repaint();
+    ui->progressBar->repaint();
+    ui->plotsTree->viewport()->repaint();
     {
         const DisplayRateKeeper keeper;
         measurePoints(sweep, *stream, block, length);
@@ -330,6 +337,7 @@ int WindowFrequencyAnalysis::addPlot()
     plotItems.append(item);
     item->setFlags(item->flags() | Qt::ItemIsUserCheckable | Qt::ItemIsEnabled);
     item->setCheckState(0, Qt::Checked);
+    item->setData(0, Qt::DecorationRole, color);
     ui->plotsTree->insertTopLevelItem(plotCount, item);
     return plotCount++;
 }
@@ -340,7 +348,9 @@ void WindowFrequencyAnalysis::measurePoints(const Sweep& sweep, DeviceFile& stre
     const QPointer<WindowFrequencyAnalysis> self = this;
     double phase = 0;
     for (int i = 0; i < length && !stopRequested; ++i) {
+        QApplication::setOverrideCursor(Qt::WaitCursor);
         phase = measurePoint(sweep, stream, block, i, phase);
+        QApplication::restoreOverrideCursor();
         ui->progressBar->setValue(frequency_sweep::percent(i + 1, length));
         const bool goesOn = processPendingEvents(this);
         // Without a stream the sweep itself told the program to quit, and carries on.

@@ -14,6 +14,7 @@
 #include <QtTest>
 #include <qcustomplot.h>
 
+#include <cmath>
 #include <memory>
 
 using operate::find;
@@ -41,6 +42,21 @@ private:
 
     QComboBox* combo(const char* name) { return find<QComboBox>(graph.get(), name); }
     QString cursor(const char* name) { return find<QLineEdit>(graph.get(), name)->text(); }
+
+    /// Places of the labels of the left axis, pixels.
+    QVector<double> shownTicks()
+    {
+        QVector<double> places;
+        const QCPRange range = plot->yAxis->range();
+        QVector<double> ticks;
+        QVector<QString> labels;
+        plot->yAxis->ticker()->generate(range, QLocale::c(), QLatin1Char('e'), 1, ticks, nullptr, &labels);
+        for (const double place : ticks) {
+            if (range.contains(place))
+                places.append(plot->yAxis->coordToPixel(place));
+        }
+        return places;
+    }
 
     void tick(QCPGraphDataContainer* map, double first, double last)
     {
@@ -287,6 +303,52 @@ private slots:
         combo("selectorComboBox")->setCurrentText(QStringLiteral("BPM1, PosX"));
         updater->updateGraphs();
         QCOMPARE(plot->graph(0)->data()->at(0)->value, 50.0);
+    }
+
+    void theAxesTellQuantityAndUnitOfTheChosenSignal()
+    {
+        QCOMPARE(plot->xAxis->label(), QStringLiteral("Frequency [Hz]"));
+        const char* const titles[] = {"Current [A]",   "Current [A]",   "Current [A]",  "Current [A]",
+                                      "Position [um]", "Position [um]", "Intensity [A]"};
+        for (int signal = 0; signal < 7; ++signal) {
+            combo("selectorComboBox")->setCurrentIndex(signal);
+            QCOMPARE(plot->yAxis->label(), QLatin1String(titles[signal]));
+        }
+    }
+
+    void thePlotStaysInPlaceWhileTheMagnitudesChange()
+    {
+        graph->resize(700, 400);
+        graph->show();
+        QVERIFY(QTest::qWaitForWindowExposed(graph.get()));
+        QCPGraphDataContainer* map = graph->dataMap();
+        for (const char* scale : {"Log", "Lin"}) {
+            combo("yAxisComboBox")->setCurrentText(QLatin1String(scale));
+            QSet<int> places;
+            for (const double magnitude : {1e-12, 3e-7, 0.4, 7.0, 123.0, 9e5}) {
+                tick(map, magnitude, magnitude / 1000);
+                plot->replot();
+                places.insert(plot->axisRect()->left());
+            }
+            QCOMPARE(places.size(), 1);
+        }
+    }
+
+    void tickLabelsDoNotTouchInALowPlot()
+    {
+        graph->resize(700, 260);
+        graph->show();
+        QVERIFY(QTest::qWaitForWindowExposed(graph.get()));
+        QCPGraphDataContainer* map = graph->dataMap();
+        for (const char* scale : {"Log", "Lin"}) {
+            combo("yAxisComboBox")->setCurrentText(QLatin1String(scale));
+            tick(map, 1e-9, 1);
+            plot->replot();
+            const QVector<double> ticks = shownTicks();
+            QVERIFY(ticks.size() >= 2);
+            for (int i = 1; i < ticks.size(); ++i)
+                QVERIFY(std::abs(ticks[i] - ticks[i - 1]) > QFontMetrics(plot->yAxis->tickLabelFont()).height());
+        }
     }
 };
 

@@ -354,6 +354,37 @@ private slots:
         compareRange(plotOf(graph)->yAxis, -1, 2);
         compareRange(plotOf(graph)->xAxis, 0, 1);
     }
+
+    void theLegendStandsTopLeftAndListsTheVisibleTracesAlone()
+    {
+        WidgetGraphCurrents graph(nullptr, 4);
+        graph.resize(700, 400);
+        graph.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&graph));
+        graph.setLabels(QStringLiteral("t"), QStringLiteral("I"),
+                        {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"), QStringLiteral("d")});
+        const auto listed = [&graph] {
+            plotOf(graph)->replot();
+            QString names;
+            for (int item = 0; item < plotOf(graph)->legend->itemCount(); ++item)
+                names += qobject_cast<QCPPlottableLegendItem*>(plotOf(graph)->legend->item(item))->plottable()->name();
+            return names;
+        };
+        QCOMPARE(listed(), QStringLiteral("abcd"));
+        const QRect legend = plotOf(graph)->legend->outerRect();
+        const QRect axes = plotOf(graph)->axisRect()->rect();
+        QVERIFY(legend.right() < axes.center().x());
+        QVERIFY(legend.top() - axes.top() < axes.bottom() - legend.bottom());
+
+        box(graph, 2)->setChecked(false);
+        QCOMPARE(listed(), QStringLiteral("acd"));
+        QVERIFY(plotOf(graph)->legend->outerRect().height() < legend.height());
+        box(graph, 2)->setChecked(true);
+        QCOMPARE(listed(), QStringLiteral("abcd"));
+        for (int number = 1; number <= 4; ++number)
+            box(graph, number)->setChecked(false);
+        QVERIFY(!plotOf(graph)->legend->visible());
+    }
 };
 
 QTEST_MAIN(TimeGraphsTest)

@@ -6,6 +6,7 @@
 #include "support/FullDisk.h"
 #include "support/MessageBoxes.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QDoubleSpinBox>
@@ -17,6 +18,38 @@
 
 using namespace koralink_double;
 using operate::find;
+
+namespace {
+
+int countOf(const QImage& picture, const QColor& colour)
+{
+    int count = 0;
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x)
+            count += picture.pixelColor(x, y) == colour;
+    }
+    return count;
+}
+
+/// How often a widget was painted.
+class PaintCounter : public QObject
+{
+public:
+    explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
+    int count() const { return paints; }
+
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        paints += event->type() == QEvent::Paint;
+        return QObject::eventFilter(object, event);
+    }
+
+private:
+    int paints = 0;
+};
+
+} // namespace
 
 class FrequencyPlotsTest : public FrequencyTool
 {
@@ -314,6 +347,56 @@ private slots:
         start();
         QVERIFY(QFile::exists(path("base_plot_x_x_0.csv")));
         QCOMPARE(keys(1).size(), std::size_t(2));
+    }
+
+    void theListShowsTheColourOfEachPlot()
+    {
+        setSweep("10", "20", "2");
+        start();
+        start();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        for (int plot = 0; plot < 2; ++plot) {
+            const QRect row = tree()->visualItemRect(tree()->topLevelItem(plot));
+            const QImage picture = tree()->viewport()->grab(row).toImage();
+            QVERIFY(countOf(picture, magnitudePlot()->graph(plot)->pen().color()) > 40);
+        }
+    }
+
+    void aPlotOfOnePointIsSeen()
+    {
+        answers().fillBlock = KnownResponse();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        setSweep("20", "20", "2");
+        start();
+        QCOMPARE(keys(0), std::vector<double>({20.0}));
+        for (QCustomPlot* graphs : {magnitudePlot(), phasePlot()})
+            QVERIFY(countOf(graphs->grab().toImage(), QColor(255, 0, 0)) >= 8);
+    }
+
+    void theBeginningOfASweepIsSeenAtOnce()
+    {
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        QCoreApplication::processEvents();
+        setSweep("10", "20", "2");
+        PaintCounter listPaints(tree()->viewport());
+        PaintCounter buttonPaints(button("StartSweepPushButton"));
+        QCOMPARE(QApplication::overrideCursor(), nullptr);
+        bool waited = false;
+        inPause(1, [&] {
+            QCOMPARE(tree()->topLevelItemCount(), 1);
+            QVERIFY(!button("StartSweepPushButton")->isEnabled());
+            QVERIFY(listPaints.count() > 0);
+            QVERIFY(buttonPaints.count() > 0);
+            QVERIFY(QApplication::overrideCursor());
+            QCOMPARE(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
+            waited = true;
+        });
+        start();
+        QVERIFY(waited);
+        QCOMPARE(QApplication::overrideCursor(), nullptr);
     }
 };
 
