@@ -1,5 +1,7 @@
 #include "app/MainWindow.h"
 
+#include "app/BoardShares.h"
+#include "app/DockTitleButtons.h"
 #include "app/Globals.h"
 #include "app/HiddenDockFocusGuard.h"
 #include "app/TabOrder.h"
@@ -20,6 +22,8 @@
 #include "stream/SignalTable.h"
 #include "stream/Updater.h"
 #include "support/DialogLogin.h"
+#include "support/Legibility.h"
+#include "support/ScreenFit.h"
 #include "support/WindowDisplaySettings.h"
 #include "support/WindowPico.h"
 #include "support/WindowSFPstatus.h"
@@ -36,9 +40,6 @@
 namespace {
 
 constexpr int fixedDisplayRate = 1000;
-
-/// The fields of the PID panel gain nothing from more width, the graphs do.
-constexpr int widestPidPanel = 480;
 
 /// What an action of the menus triggers.
 struct ActionSlot
@@ -83,6 +84,25 @@ void connectTimeGraph(Graph* graph, GraphKind kind)
                      QStringLiteral("%1 [%2]").arg(QLatin1String(quantity.name), QLatin1String(quantity.unit)), names);
 }
 
+/// A window that is open already may be covered or an icon. A closed one comes up in front when it is shown.
+void bringToFrontIfOpen(QWidget* window)
+{
+    if (!window->isVisible())
+        return;
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+    window->raise();
+    window->activateWindow();
+}
+
+/// A new tool window, opened.
+template <typename Window>
+void openNew(QWidget* parent)
+{
+    auto* window = new Window(parent);
+    new ScreenFit(window);
+    window->show();
+}
+
 /// Fills an existing dock, or makes one, and puts it behind the tabs of another dock.
 void placeBehindTabs(QMainWindow* mainWindow, QDockWidget* first, QDockWidget* dock, QWidget* content)
 {
@@ -95,8 +115,13 @@ void placeBehindTabs(QMainWindow* mainWindow, QDockWidget* first, QDockWidget* d
 
 MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent), ui(std::make_unique<Ui::MainWindow>())
 {
+    legibility::keepLockedFieldsLegible();
     ui->setupUi(this);
-    centralWidget()->deleteLater();
+    // Out of the layout at once, so that the docks share the whole window from the first moment.
+    takeCentralWidget()->deleteLater();
+    // It holds nothing: neither room for it nor an entry without a name in the menu of the docks.
+    ui->mainToolBar->hide();
+    ui->mainToolBar->toggleViewAction()->setVisible(false);
     setWindowTitle(QStringLiteral("KORA Local User Interface v") + QLatin1String(guiVersion));
 
     // The graphs take their first time range from the display rate.
@@ -163,6 +188,8 @@ void MainWindow::createWindows()
     pico = new WindowPico(this);
     frequencyAnalysis = new WindowFrequencyAnalysis(this);
     sfpStatus = new WindowSFPstatus(this);
+    for (QWidget* dialog : findChildren<QDialog*>())
+        new ScreenFit(dialog);
 }
 
 void MainWindow::fillFormDocks()
@@ -236,11 +263,12 @@ void MainWindow::connectTimeGraphs()
 void MainWindow::arrangeDocks()
 {
     ui->dockFFT->raise();
-    pidCtrl->setMaximumWidth(widestPidPanel);
-    // Pixels of the form's own size; a larger window shares them out alike.
-    resizeDocks({ui->dockXY1, ui->dockFFT}, {320, 380}, Qt::Vertical);
-    resizeDocks({ui->dockXY1, ui->dockXY2, ui->dockFBctrl}, {425, 425, 430}, Qt::Horizontal);
-    resizeDocks({ui->dockFFT, ui->dockPID}, {970, 310}, Qt::Horizontal);
+    auto* shares = new BoardShares(this);
+    shares->share(Qt::Vertical, {{ui->dockXY1, 48}, {ui->dockFFT, 52}});
+    shares->share(Qt::Horizontal, {{ui->dockXY1, 33}, {ui->dockXY2, 33}, {ui->dockFBctrl, 34}});
+    shares->share(Qt::Horizontal, {{ui->dockFFT, 75}, {ui->dockPID, 25}});
+    for (QDockWidget* dock : findChildren<QDockWidget*>())
+        new DockTitleButtons(dock);
 }
 
 void MainWindow::orderFields()
@@ -262,6 +290,7 @@ void MainWindow::initialiseFeedbackControl()
 
 void MainWindow::connectLoginDialog()
 {
+    new ScreenFit(loginDialog);
     connect(loginDialog, SIGNAL(userLevelChanged(int)), feedbackControl, SLOT(checkUserLevel()));
     connect(loginDialog, SIGNAL(userLevelChanged(int)), pidCtrl, SLOT(enableAndDisableFields()));
     connect(loginDialog, SIGNAL(userLevelChanged(int)), rocRoi, SLOT(checkUserLevel()));
@@ -299,11 +328,13 @@ void MainWindow::handleUserLevelChange(int user_level)
 
 void MainWindow::showBeamlineConf()
 {
+    bringToFrontIfOpen(beamlineConf);
     beamlineConf->showAndRefresh();
 }
 
 void MainWindow::showSFPinfo()
 {
+    bringToFrontIfOpen(sfpStatus);
     sfpStatus->show();
 }
 
@@ -311,18 +342,19 @@ void MainWindow::dockDestroyed() {}
 
 void MainWindow::showPIDparams()
 {
+    bringToFrontIfOpen(pidParams);
     pidParams->show();
 }
 
 void MainWindow::showFiltparams()
 {
+    bringToFrontIfOpen(filtParams);
     filtParams->showWindow();
 }
 
 void MainWindow::showRockCurve()
 {
-    auto* rockingCurve = new WindowRockingCurve(this);
-    rockingCurve->show();
+    openNew<WindowRockingCurve>(this);
 }
 
 void MainWindow::showROCwindow()
@@ -331,36 +363,36 @@ void MainWindow::showROCwindow()
     rocRoi->setBeamlineWindow(beamlineConf);
     rocRoi->setGraph(graphXY1, 0);
     rocRoi->setGraph(graphXY2, 1);
+    bringToFrontIfOpen(rocRoi);
     rocRoi->showWindow();
 }
 
 void MainWindow::showRockCurve3D()
 {
-    auto* rocking3D = new WindowRocking3D(this);
-    rocking3D->show();
+    openNew<WindowRocking3D>(this);
 }
 
 void MainWindow::showPicoWindow()
 {
+    bringToFrontIfOpen(pico);
     pico->show();
 }
 
 void MainWindow::showSaveDataWindow()
 {
-    auto* saveData = new WindowSaveData(this);
-    saveData->show();
+    openNew<WindowSaveData>(this);
 }
 
 void MainWindow::showLoginDialog()
 {
     loginDialog->showCurrentLevel();
+    bringToFrontIfOpen(loginDialog);
     loginDialog->show();
 }
 
 void MainWindow::showAboutDialog()
 {
-    auto* aboutBox = new about(this);
-    aboutBox->show();
+    openNew<about>(this);
 }
 
 void MainWindow::Exit()
@@ -370,25 +402,30 @@ void MainWindow::Exit()
 
 void MainWindow::showStepResponse()
 {
+    bringToFrontIfOpen(stepResponse);
     stepResponse->showTool();
 }
 
 void MainWindow::showDispSettings()
 {
+    bringToFrontIfOpen(displaySettings);
     displaySettings->showAndRefresh();
 }
 
 void MainWindow::showManualOutputControl()
 {
+    bringToFrontIfOpen(manOutCtrl);
     manOutCtrl->showWindow();
 }
 
 void MainWindow::showLogWindow()
 {
+    bringToFrontIfOpen(&window);
     window.show();
 }
 
 void MainWindow::showFrequencyAnalysisWindow()
 {
+    bringToFrontIfOpen(frequencyAnalysis);
     frequencyAnalysis->showTool();
 }
