@@ -12,6 +12,7 @@
 #include "feedback/WindowManOutCtrl.h"
 #include "feedback/WindowPIDparams.h"
 #include "feedback/WindowROC_ROI.h"
+#include "graphs/PlotTheme.h"
 #include "graphs/WidgetGraphCurrents.h"
 #include "graphs/WidgetGraphFFT.h"
 #include "graphs/WidgetGraphInt.h"
@@ -79,9 +80,7 @@ void connectTimeGraph(Graph* graph, GraphKind kind)
         names.append(QLatin1String(signal->trace.legend));
     }
     QObject::connect(updater, SIGNAL(replotGraphs()), graph, SLOT(replot()));
-    const Quantity quantity = traces.front()->quantity;
-    graph->setLabels(QStringLiteral("Time [s]"),
-                     QStringLiteral("%1 [%2]").arg(QLatin1String(quantity.name), QLatin1String(quantity.unit)), names);
+    graph->setLabels(QStringLiteral("Time [s]"), plot_theme::axisTitle(traces.front()->quantity), names);
 }
 
 /// A window that is open already may be covered or an icon. A closed one comes up in front when it is shown.
