@@ -1,5 +1,6 @@
 #include "app/Globals.h"
 #include "app/MainWindow.h"
+#include "app/ProcessStart.h"
 #include "app/TerminationSignals.h"
 #include "app/WorkerThread.h"
 #include "hardware/ConfigFile.h"
@@ -70,6 +71,7 @@ public:
 // backwards: log destination, timer, style sheet, main window, application, worker thread.
 int main(int argc, char** argv)
 {
+    prepareProcess();
     configFile = new ConfigFile;
     readScales();
     updater = new Updater;

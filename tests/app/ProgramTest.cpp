@@ -28,13 +28,26 @@ private:
     /// Starts the program with a settings folder of its own.
     void start(const char* action, const QStringList& arguments = {})
     {
+        startBy(action, QStringLiteral(KORA_PROGRAM), arguments);
+    }
+    /// Starts the program with much to write to its standard error.
+    /// @param redirection of its input and output, as a shell writes it
+    void startInShell(const char* action, const char* redirection)
+    {
+        const QString command = QStringLiteral("export QT_FORCE_STDERR_LOGGING=1 QT_LOGGING_RULES='qt.*=true'; "
+                                               "exec \"$0\" ") +
+                                QLatin1String(redirection);
+        startBy(action, QStringLiteral("bash"), {QStringLiteral("-c"), command, QStringLiteral(KORA_PROGRAM)});
+    }
+    void startBy(const char* action, const QString& launcher, const QStringList& arguments)
+    {
         QFile::remove(recordPath());
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("LD_LIBRARY_PATH"), QStringLiteral(KORA_RECORDER_FOLDER));
         environment.insert(QStringLiteral("KORA_RECORDER_FILE"), recordPath());
         environment.insert(QStringLiteral("KORA_RECORDER_ACTION"), QString::fromLatin1(action));
         program.setProcessEnvironment(environment);
-        private_settings::start(program, folder.path(), {}, QStringLiteral(KORA_PROGRAM), arguments);
+        private_settings::start(program, folder.path(), {}, launcher, arguments);
         QVERIFY(program.waitForStarted(startMs));
     }
 
@@ -134,6 +147,37 @@ private slots:
         QVERIFY(record().contains(QStringLiteral("posYMeanLineEdit 6.00000 um")));
         QVERIFY(record().contains(QStringLiteral("posXMeanLineEdit_2 15.000 um")));
         QVERIFY(record().contains(QStringLiteral("posYMeanLineEdit_2 28.00000 um")));
+    }
+
+    void standardErrorThatNobodyReadsEndsNothing()
+    {
+        startInShell("report", "2> >(exec true)");
+        verifyCleanEnd();
+        QCOMPARE(record().count(QStringLiteral("log Info: Started logger")), 1);
+    }
+
+    void noFileTakesThePlaceOfAMissingStandardError()
+    {
+        QStringList targets;
+        startInShell("none", "<&- >&- 2>&-");
+        QTRY_VERIFY_WITH_TIMEOUT(record().contains(QStringLiteral("getBuffer(14336)")), startMs);
+        const qint64 pid = processOfTheProgram();
+        // The recorder opens its own file before the program begins, and takes the first.
+        for (int descriptor = 1; descriptor < 3; ++descriptor)
+            targets.append(QFileInfo(QStringLiteral("/proc/%1/fd/%2").arg(pid).arg(descriptor)).symLinkTarget());
+        QCOMPARE(::kill(pid_t(pid), SIGTERM), 0);
+        verifyCleanEnd();
+        QCOMPARE(targets, QStringList({QStringLiteral("/dev/null"), QStringLiteral("/dev/null")}));
+    }
+
+    void aCallOfTheLibraryThatNeverReturnsEndsTheProcessWithStatusOne()
+    {
+        start("hang");
+        QVERIFY(program.waitForFinished(startMs));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 1);
+        QVERIFY(program.readAllStandardError().contains(
+            "kora-local-ui: a call of the control library does not return; the program ends without it\n"));
     }
 
     void startLoadsNoGraphicsDriver()

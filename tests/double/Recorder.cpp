@@ -10,6 +10,7 @@
 //           each line of the log window; then as exit
 //   statistics  has a beam at both monitors, writes the mean positions that the panel shows as "FIELD TEXT" once it
 //           shows them, and goes on as exit
+//   hang    lets the next poll never return from the library, and closes the main window
 //   none    leaves the program alone
 
 #include "double/DoubleInternals.h"
@@ -29,6 +30,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <unistd.h>
 
 namespace {
 
@@ -182,10 +184,21 @@ struct Recorder
         self.onCall = [this](const koralink_double::Call& call) { take(call); };
     }
 
+    /// On the worker, which does not come back; the rest of the program goes on with the library.
+    [[noreturn]] void hang()
+    {
+        QTimer::singleShot(0, qApp, [this] { drive("close", file); });
+        koralink_double::Double::instance().mutex.unlock();
+        for (;;)
+            ::pause();
+    }
+
     void take(const koralink_double::Call& call)
     {
         file << call.text() << std::endl;
-        if (call.name != "getBuffer" || --windowsToWait != 0)
+        if (action == "hang" && windowsToWait == 0 && call.name == "getPIDstatus")
+            hang();
+        if (call.name != "getBuffer" || windowsToWait == 0 || --windowsToWait != 0)
             return;
         QTimer::singleShot(0, qApp, [this] { drive(action, file); });
     }
