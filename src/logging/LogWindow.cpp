@@ -1,5 +1,7 @@
 #include "logging/LogWindow.h"
 
+#include "files/FailedSave.h"
+#include "files/OutputFile.h"
 #include "logging/WindowLogFilterProxyModel.h"
 #include "support/FieldGuard.h"
 #include "support/PlainTextBoxes.h"
@@ -8,11 +10,9 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QFile>
 #include <QFileDialog>
 #include <QIcon>
 #include <QKeyEvent>
-#include <QTextStream>
 
 #include <algorithm>
 
@@ -84,13 +84,13 @@ void Window::OnSaveClicked()
     dialog.setDefaultSuffix(QStringLiteral("log"));
     if (dialog.exec() != QDialog::Accepted)
         return;
-    QFile file(dialog.selectedFiles().constFirst());
-    if (!file.open(QIODevice::WriteOnly))
+    OutputFile file(dialog.selectedFiles().constFirst(), OutputFile::Replace);
+    if (!file.begin())
         return;
-    QTextStream stream(&file);
     // As the log files of the file destination; the default would depend on the locale.
-    stream.setCodec("UTF-8");
-    stream << text;
+    file.write(text.toUtf8());
+    if (!file.commit())
+        tellFailedSave(file);
 }
 
 void Window::OnClearClicked()

@@ -1,6 +1,8 @@
 #include "tools/WindowFrequencyAnalysis.h"
 
 #include "app/Globals.h"
+#include "files/FailedSave.h"
+#include "files/OutputFile.h"
 #include "graphs/PlotTheme.h"
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceFile.h"
@@ -17,7 +19,6 @@
 #include "ui_WindowFrequencyAnalysis.h"
 
 #include <QApplication>
-#include <QFile>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPointer>
@@ -442,8 +443,8 @@ void WindowFrequencyAnalysis::slotExportMeasPushButton()
 
 bool WindowFrequencyAnalysis::exportPlot(QTreeWidgetItem* item, const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text))
+    OutputFile file(path, OutputFile::Replace);
+    if (!file.begin())
         return false;
     const auto plot = std::size_t(ui->plotsTree->indexOfTopLevelItem(item));
     const QCPDataMap& magnitudes = *magnitudeData[plot];
@@ -454,5 +455,8 @@ bool WindowFrequencyAnalysis::exportPlot(QTreeWidgetItem* item, const QString& p
         points.push_back({magnitude.key, magnitude.value, phases.at(i)->value});
     }
     writeFrequencyCsv(file, useBPMscaling, points);
-    return true;
+    const bool isSaved = file.commit();
+    if (!isSaved)
+        tellFailedSave(file);
+    return isSaved;
 }

@@ -1,6 +1,7 @@
 #include "tools/WindowRocking3D.h"
 
 #include "app/Globals.h"
+#include "files/OutputFile.h"
 #include "hardware/MailboxComm.h"
 #include "stream/DeviceFile.h"
 #include "stream/DeviceRecords.h"
@@ -135,10 +136,13 @@ void WindowRocking3D::saveData()
                                                         QStringLiteral("CSV files (*.csv)"));
     if (!self || chosen.isEmpty())
         return;
-    QFile file(chosen);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    OutputFile file(chosen, OutputFile::Replace);
+    if (!file.begin())
         return;
     QTextStream stream(&file);
     stream << fileHeader();
     grid_scan::writeRows(stream, {xStart, xSpan, yStart, ySpan}, rawCurrent);
+    stream.flush();
+    // Without a message also where this fails; an older file then stands.
+    file.commit();
 }

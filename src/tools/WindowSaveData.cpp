@@ -1,6 +1,8 @@
 #include "tools/WindowSaveData.h"
 
 #include "app/Globals.h"
+#include "files/FailedSave.h"
+#include "files/OutputFile.h"
 #include "stream/DeviceFile.h"
 #include "stream/DeviceRecords.h"
 #include "stream/DisplayRecord.h"
@@ -86,7 +88,7 @@ void WindowSaveData::saveData(QAbstractButton* button)
         return;
 
     const QString path = ui->pathLineEdit->text();
-    QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text;
+    OutputFile::Mode mode = OutputFile::Append;
     if (QFile::exists(path)) {
         const QMessageBox::StandardButton answer =
             QMessageBox::warning(nullptr, QStringLiteral("File exists"),
@@ -97,15 +99,17 @@ void WindowSaveData::saveData(QAbstractButton* button)
         if (!self || (answer != QMessageBox::Yes && answer != QMessageBox::No))
             return;
         if (answer == QMessageBox::Yes)
-            mode = QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text;
+            mode = OutputFile::Replace;
     }
 
     readChannels();
-    QFile file(path);
-    if (file.open(mode))
-        write(file, block.data());
+    OutputFile file(path, mode);
+    // A file that cannot be opened is passed over without a word; only what was begun can fail.
+    const bool isSaved = !file.begin() || write(file, block.data());
     ui->statusLabel->setText(QDateTime::currentDateTime().toString(QStringLiteral("hh:mm:ss")) +
-                             QStringLiteral(": Saved as: ") + path);
+                             (isSaved ? QStringLiteral(": Saved as: ") : QStringLiteral(": Not saved: ")) + path);
+    if (!isSaved)
+        tellFailedSave(file);
 }
 
 void WindowSaveData::makeCheckBoxes()
@@ -134,12 +138,14 @@ void WindowSaveData::readChannels()
         channelEnabled[i] = boxes[i].widget->isChecked();
 }
 
-void WindowSaveData::write(QFile& file, const DisplayRecord* block)
+bool WindowSaveData::write(OutputFile& file, const DisplayRecord* block)
 {
     QTextStream text(&file);
     text << fileHeader() << columnHeader();
     for (int i = 0; i < ui->nrSampBox->value(); ++i)
         text << dataRow(block + i, i);
+    text.flush();
+    return file.commit();
 }
 
 QString WindowSaveData::fileHeader()

@@ -7,9 +7,9 @@
 #include <memory>
 #include <vector>
 
+class OutputFile;
 class QAbstractButton;
 class QCheckBox;
-class QFile;
 
 namespace Ui {
 class WindowSaveData;
@@ -18,8 +18,8 @@ class WindowSaveData;
 /// Writes a snapshot of the display stream to a text file: the operator ticks the signals, gives a comment, a
 /// path and a number of samples. Each press of Save reads a fresh block; the write is one blocking call.
 ///
-/// Nothing that goes wrong with the stream or the file gives a message, and the status line reports the save
-/// all the same. A stream that cannot be read saves zeros.
+/// A stream that cannot be read saves zeros without a message, and a file that cannot be opened is reported as saved. A
+/// write that fails gives a message, and leaves the older file as it was.
 class WindowSaveData : public QDialog
 {
     Q_OBJECT
@@ -48,7 +48,7 @@ private:
     void makeCheckBoxes();
     void placeCheckBoxes();
     void readChannels();
-    void write(QFile& file, const DisplayRecord* block);
+    bool write(OutputFile& file, const DisplayRecord* block);
 
     std::unique_ptr<Ui::WindowSaveData> ui;
     std::vector<Box> boxes; ///< in the order of channelEnabled

@@ -91,7 +91,7 @@ QStringList guide_text::messageLines()
     static const QRegularExpression call(
         QStringLiteral("(?:QMessageBox::(?:warning|information|critical)\\(|refuse\\(|constexpr Refusal)[^;]*;"));
     static const QRegularExpression literal(QStringLiteral("\"((?:[^\"\\\\]|\\\\.)*)\""));
-    static const QRegularExpression separator(QStringLiteral("\\\\n|%1"));
+    static const QRegularExpression separator(QStringLiteral("\\\\n|%[12]"));
     QString sources;
     QDirIterator files(QStringLiteral(KORA_SOURCE_FOLDER "/src"), {QStringLiteral("*.cpp")}, QDir::Files,
                        QDirIterator::Subdirectories);

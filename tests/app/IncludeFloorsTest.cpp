@@ -49,13 +49,15 @@ const FloorOfUnits floors[] = {
     {Ground, "src/app", "Globals"},
     {Records, "src/hardware", "PidStatusMetaType|VersionText|SettingsPath"},
     {Records, "src/stream", "PlotData|MissingStream"},
+    {Records, "src/files", "OutputFile"},
     {HardwareAccess, "src/hardware", "ConfigFile|MailboxComm"},
     {HardwareAccess, "src/stream", "Updater|Spectrum|TraceDecoder|GraphDataWriter|BufferWindow"},
     // What a panel or a window is made of: graphs, panels, and the units of arithmetic and procedure beside them.
     {Widgets, "src/logging", "LogWindowModel|WindowLogFilterProxyModel"},
     {Widgets, "src/logging/window|src/graphs|src/tools/\\w+", "\\w+"},
     {Widgets, "src/(feedback|tools|support)", "(?!Window|DialogLogin$|about$)\\w+"},
-    {Widgets, "src/app", "HiddenDockFocusGuard|TabOrder|TerminationSignals|WorkerThread"},
+    {Widgets, "src/files", "FailedSave"},
+    {Widgets, "src/app", "HiddenDockFocusGuard|ProcessStart|TabOrder|TerminationSignals|WorkerThread"},
     {Windows, "src/logging", "LogWindow"},
     {Windows, "src/(feedback|tools|support)", "Window\\w+|DialogLogin|about"},
     {Board, "src/app", "MainWindow"},
@@ -266,6 +268,8 @@ private slots:
         QTest::newRow("gateway") << "src/hardware/MailboxComm.cpp" << int(HardwareAccess);
         QTest::newRow("decoder") << "src/stream/Updater.h" << int(HardwareAccess);
         QTest::newRow("part of the decoder") << "src/stream/TraceDecoder.h" << int(HardwareAccess);
+        QTest::newRow("written file") << "src/files/OutputFile.h" << int(Records);
+        QTest::newRow("message of a failed save") << "src/files/FailedSave.h" << int(Widgets);
         QTest::newRow("graph") << "src/graphs/WidgetGraphXY.cpp" << int(Widgets);
         QTest::newRow("panel") << "src/support/WidgetPico.h" << int(Widgets);
         QTest::newRow("window") << "src/support/WindowPico.h" << int(Windows);

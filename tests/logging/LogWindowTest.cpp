@@ -2,7 +2,10 @@
 
 #include "logging/DestinationMaker.h"
 #include "logging/Log.h"
+#include "support/FailedSaves.h"
+#include "support/FileContent.h"
 #include "support/FileDialogs.h"
+#include "support/FullDisk.h"
 #include "support/MessageBoxes.h"
 
 #include <QHeaderView>
@@ -11,6 +14,7 @@
 #include <QTextCodec>
 
 #include <malloc.h>
+#include <sys/stat.h>
 
 using namespace QsLogging;
 
@@ -370,6 +374,42 @@ private slots:
         button("toolButtonSave")->click();
         QCOMPARE(answered.dialogs().size(), 2);
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 0);
+    }
+
+    void saveThatFailsKeepsTheOlderFileAndIsTold()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("kept.log"));
+        const FileDialogs answered(path);
+        addMany(1);
+        button("toolButtonSave")->click();
+        const QByteArray old = contentOf(path);
+        QVERIFY(!old.isEmpty());
+        addMany(1000);
+        MessageBoxes boxes;
+        {
+            const FullDisk disk;
+            button("toolButtonSave")->click();
+        }
+        QCOMPARE(boxes.count(), 1);
+        compareFailedSave(boxes.boxes().first(), path, QStringLiteral("File too large"));
+        QCOMPARE(contentOf(path), old);
+        QCOMPARE(namesIn(folder.path()), QStringList(QStringLiteral("kept.log")));
+    }
+
+    void saveToAPipeWithoutAReaderIsRefusedWithoutAMessage()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("pipe.log"));
+        QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        const FileDialogs answered(path);
+        const MessageBoxes boxes;
+        addMany(1);
+        button("toolButtonSave")->click();
+        // The file dialog itself asks whether to replace it.
+        for (const MessageBoxes::Box& box : boxes.boxes())
+            QVERIFY(box.title != QLatin1String("File not saved"));
+        QCOMPARE(namesIn(folder.path()), QStringList(QStringLiteral("pipe.log")));
     }
 
     void rowsAreAsHighAsAPlainTableMakesThem()

@@ -1,6 +1,7 @@
 #include "FrequencyTool.h"
 
 #include "support/DrivenPause.h"
+#include "support/FailedSaves.h"
 #include "support/FileContent.h"
 #include "support/FileDialogs.h"
 #include "support/FullDisk.h"
@@ -15,6 +16,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <sys/stat.h>
 
 using namespace koralink_double;
 using operate::find;
@@ -262,19 +264,40 @@ private slots:
         QCOMPARE(QDir(folder->path()).entryList(QDir::Files).size(), 0);
     }
 
-    void exportToAFullDiskIsSurvived()
+    void exportToAFullDiskKeepsTheOldFileAndIsToldOnce()
     {
         setSweep("10", "20", "2");
         start();
+        start();
         tree()->selectAll();
         FileDialogs dialogs(path("base.csv"));
+        exportSelected();
+        const QByteArray old = contentOf(path("base_plot_x_x_0.csv"));
+        QVERIFY(old.startsWith("frequency"));
+        window->findChild<QCheckBox*>(QStringLiteral("useBPMscalingCheckBox"))->setChecked(false);
+        MessageBoxes boxes;
         {
             const FullDisk disk;
             exportSelected();
         }
-        QVERIFY(contentOf(path("base_plot_x_x_0.csv")).isEmpty());
+        QCOMPARE(boxes.count(), 1);
+        compareFailedSave(boxes.boxes().first(), path("base_plot_x_x_0.csv"), QStringLiteral("File too large"));
+        QCOMPARE(contentOf(path("base_plot_x_x_0.csv")), old);
+        QCOMPARE(namesIn(folder->path()).size(), 2);
         exportSelected();
-        QVERIFY(contentOf(path("base_plot_x_x_0.csv")).startsWith("frequency"));
+        QVERIFY(contentOf(path("base_plot_x_x_0.csv")) != old);
+    }
+
+    void exportToAPipeWithoutAReaderEndsWithoutAMessage()
+    {
+        setSweep("10", "20", "2");
+        start();
+        tree()->selectAll();
+        QCOMPARE(::mkfifo(QFile::encodeName(path("base_plot_x_x_0.csv")).constData(), 0600), 0);
+        FileDialogs dialogs(path("base.csv"));
+        MessageBoxes boxes;
+        exportSelected();
+        QCOMPARE(boxes.count(), 0);
     }
 
     void sweepAfterAnExportOfFewerPlotsIsNamedAndNumberedOn()

@@ -1,10 +1,14 @@
 #include "Rocking3DTool.h"
 
+#include "support/FailedSaves.h"
+#include "support/FullDisk.h"
 #include "support/MessageBoxes.h"
 
 #include <QDir>
 #include <QHostInfo>
 #include <QRegularExpression>
+
+#include <sys/stat.h>
 
 using namespace koralink_double;
 using operate::find;
@@ -118,11 +122,38 @@ private slots:
         QCOMPARE(savedRows().last(), QByteArray("0,0,0\r"));
     }
 
-    void fullDiskIsNoCrash()
+    void aSaveThatFailsKeepsTheOlderFileWithoutAWord()
     {
-        FileDialogs dialogs(QStringLiteral("/dev/full"));
+        save();
+        const QByteArray old = saved();
+        box("xMinBox")->setValue(5);
+        const FileDialogs dialogs(savedPath());
+        const MessageBoxes boxes;
+        {
+            const FullDisk disk;
+            press(button("saveButton"));
+        }
+        QCOMPARE(boxes.count(), 0);
+        QCOMPARE(saved(), old);
+        QCOMPARE(namesIn(folder.path()), QStringList(QStringLiteral("rock.csv")));
+    }
+
+    void devicesAndPipesAreNoCrash_data()
+    {
+        QTest::addColumn<bool>("isPipe");
+        QTest::newRow("device that takes nothing") << false;
+        QTest::newRow("pipe without a reader") << true;
+    }
+    void devicesAndPipesAreNoCrash()
+    {
+        QFETCH(bool, isPipe);
+        if (isPipe)
+            QCOMPARE(::mkfifo(QFile::encodeName(savedPath()).constData(), 0600), 0);
+        const FileDialogs dialogs(isPipe ? savedPath() : QStringLiteral("/dev/full"));
+        const MessageBoxes boxes;
         press(button("saveButton"));
         QCOMPARE(dialogs.dialogs().size(), 1);
+        QCOMPARE(boxes.count(), 0);
     }
 
     void saveDuringTheWalkWritesThePointsSoFar()

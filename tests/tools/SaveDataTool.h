@@ -65,15 +65,15 @@ protected:
     }
     void save() { operate::press(operate::find<QDialogButtonBox>(window.get(), "buttonBox"), QStringLiteral("Save")); }
     QString status() const { return operate::find<QLabel>(window.get(), "statusLabel")->text(); }
-    void compareSavedStatus(const QString& savedPath) const
+    void compareSavedStatus(const QString& savedPath) const { compareStatus("Saved as", savedPath); }
+    void compareStatus(const char* words, const QString& savedPath) const
     {
-        const QRegularExpression line(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d: Saved as: ") +
-                                      QRegularExpression::escape(savedPath) + QStringLiteral("$"));
+        const QRegularExpression line(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d: %1: %2$")
+                                          .arg(QLatin1String(words), QRegularExpression::escape(savedPath)));
         QVERIFY2(line.match(status()).hasMatch(), qPrintable(status()));
     }
 
-private slots:
-    void init()
+    void makeTool()
     {
         koralink_double::reset();
         koralink_double::answers().fillBlock = fillDistinct;
@@ -81,11 +81,15 @@ private slots:
         folder = std::make_unique<QTemporaryDir>();
         window = std::make_unique<WindowSaveData>();
     }
-    void cleanup()
+    void releaseTool()
     {
         window.reset();
         folder.reset();
         world.reset();
         QCOMPARE(koralink_double::openDescriptors(), 0);
     }
+
+private slots:
+    void init() { makeTool(); }
+    void cleanup() { releaseTool(); }
 };
