@@ -2,8 +2,10 @@
 
 #include "hardware/LoopConfiguration.h"
 #include "hardware/LoopParameters.h"
+#include "hardware/SettingsChange.h"
 #include "hardware/SettingsPath.h"
 
+#include <QFileInfo>
 #include <QSettings>
 
 #include <cmath>
@@ -26,11 +28,18 @@ double finiteNumber(const QVariant& text)
     return std::isfinite(number) ? number : 0.0;
 }
 
-/// The settings file, open for as long as one accessor runs.
+/// What is there but is no file is not opened: a pipe would be waited for.
+QString readablePath()
+{
+    const QFileInfo file(settingsPath());
+    return file.isFile() || !file.exists() ? file.filePath() : QStringLiteral("/dev/null");
+}
+
+/// The settings file for reading, open for as long as one accessor runs.
 class File : public QSettings
 {
 public:
-    File() : QSettings(settingsPath(), QSettings::IniFormat) {}
+    File() : QSettings(readablePath(), QSettings::IniFormat) {}
 
     QVariant read(const QString& group, const char* key, const QVariant& missing = QVariant())
     {
@@ -41,9 +50,16 @@ public:
     {
         return finiteNumber(read(group, key, missing));
     }
+};
 
-    /// Writes below the group that beginGroup() opened.
-    void write(const char* key, const QVariant& newValue) { setValue(QLatin1String(key), newValue); }
+/// A change of values of one group, for as long as one accessor runs.
+class Change : public SettingsChange
+{
+public:
+    explicit Change(const QString& group) { settings().beginGroup(group); }
+
+    void write(const QString& key, const QVariant& newValue) { settings().setValue(key, newValue); }
+    void write(const char* key, const QVariant& newValue) { write(QString::fromLatin1(key), newValue); }
 };
 
 QString bpmGroup(int bpm)
@@ -58,8 +74,7 @@ QString regionGroup(int bpm)
 
 void writeToBpm(int bpm, const char* key, const QVariant& value)
 {
-    File file;
-    file.beginGroup(bpmGroup(bpm));
+    Change file(bpmGroup(bpm));
     file.write(key, value);
 }
 
@@ -160,8 +175,7 @@ double ConfigFile::readOffsetY(int bpm)
 
 void ConfigFile::writeChannels(int top, int right, int bottom, int left, int bpm)
 {
-    File file;
-    file.beginGroup(bpmGroup(bpm));
+    Change file(bpmGroup(bpm));
     file.write("Top", top);
     file.write("Right", right);
     file.write("Bottom", bottom);
@@ -179,8 +193,7 @@ void ConfigFile::readChannels(int* top, int* right, int* bottom, int* left, int 
 
 void ConfigFile::writeBeamOffTh(int bpm, double value)
 {
-    File file;
-    file.beginGroup(regionGroup(bpm));
+    Change file(regionGroup(bpm));
     file.write("BeamOffTh", value);
 }
 
@@ -191,8 +204,7 @@ void ConfigFile::readBeamOffTh(double* value, int bpm)
 
 void ConfigFile::writeROI(int bpm, double RoiX, double RoiY, double RoiI0min, double RoiI0max, double Roc)
 {
-    File file;
-    file.beginGroup(regionGroup(bpm));
+    Change file(regionGroup(bpm));
     file.write("RoiX", RoiX);
     file.write("RoiY", RoiY);
     file.write("RoiI0min", RoiI0min);
@@ -213,8 +225,7 @@ void ConfigFile::readROI(double* RoiX, double* RoiY, double* RoiI0min, double* R
 
 void ConfigFile::writeROCenable(bool x, bool y, bool beamOff, int bpm)
 {
-    File file;
-    file.beginGroup(regionGroup(bpm));
+    Change file(regionGroup(bpm));
     file.write("RocXenable", x);
     file.write("RocYenable", y);
     file.write("BeamOffEnable", beamOff);
@@ -242,8 +253,7 @@ LoopParameters ConfigFile::readLoop(int loop)
 
 void ConfigFile::writeLoop(int loop, const LoopParameters& parameters)
 {
-    File file;
-    file.beginGroup(loopGroup(loop));
+    Change file(loopGroup(loop));
     for (const LoopParameter& parameter : loopParameters)
         file.write(parameter.key, parameters.*parameter.value);
 }
@@ -298,8 +308,7 @@ void ConfigFile::readPIDYhf(double* Freq, double* Kp, double* Ki, double* Kd, do
 
 void ConfigFile::writeDACpos(int Xlf, int Xhf, int Ylf, int Yhf)
 {
-    File file;
-    file.beginGroup(QStringLiteral("Beamline"));
+    Change file(QStringLiteral("Beamline"));
     const int values[4] = {Xlf, Xhf, Ylf, Yhf};
     for (int i = 0; i < 4; ++i)
         file.write(outputKeys[i], values[i]);
@@ -315,12 +324,11 @@ void ConfigFile::readDACpos(int* Xlf, int* Xhf, int* Ylf, int* Yhf)
 
 void ConfigFile::writePositionFilter(int band, int axis, unsigned int type, double low, double high)
 {
-    File file;
-    file.beginGroup(QStringLiteral("PositionFilters"));
-    file.setValue(filterKey(band, axis, "Filter"), type);
-    file.setValue(filterKey(band, axis, "FcutLow"), low);
+    Change file(QStringLiteral("PositionFilters"));
+    file.write(filterKey(band, axis, "Filter"), type);
+    file.write(filterKey(band, axis, "FcutLow"), low);
     if (band != 0)
-        file.setValue(filterKey(band, axis, "FcutHigh"), high);
+        file.write(filterKey(band, axis, "FcutHigh"), high);
 }
 
 void ConfigFile::readPositionFilter(int band, int axis, int* type, double* low, double* high)
@@ -336,7 +344,8 @@ void ConfigFile::readPositionFilter(int band, int axis, int* type, double* low, 
 void ConfigFile::writeIIR(const double* aX, const double* bX, const double* aY, const double* bY, const double* aI0,
                           const double* bI0)
 {
-    File file;
+    SettingsChange change;
+    QSettings& file = change.settings();
     const double* const values[3][2] = {{aX, bX}, {aY, bY}, {aI0, bI0}};
     for (int i = 0; i < 3; ++i) {
         file.beginGroup(QLatin1String(iirGroups[i]));
@@ -360,7 +369,8 @@ void ConfigFile::readIIR(double* aX, double* bX, double* aY, double* bY, double*
 
 void ConfigFile::removeIIR()
 {
-    File file;
+    SettingsChange change;
+    QSettings& file = change.settings();
     for (const char* group : iirGroups) {
         file.beginGroup(QLatin1String(group));
         file.remove(QString());

@@ -6,8 +6,9 @@ struct LoopParameters;
 /// each write is on disk when the method returns and each read sees what the last write left. GUI thread.
 ///
 /// A missing key reads as zero or false, except BeamOffTh and the outputs of the group Beamline. A file that cannot
-/// be read reads as an empty one, a write that cannot be done is lost without a word. What is no finite number reads as
-/// 0. No other value is checked, none is transformed. The argument bpm is 0 for BPM1 and anything else for BPM2.
+/// be read reads as an empty one. A write that cannot be done is lost without a word, and the file stays as it was; so
+/// is one that finds the file locked by another process for longer than 2 s. What is no finite number reads as 0. No
+/// other value is checked, none is transformed. The argument bpm is 0 for BPM1 and anything else for BPM2.
 class ConfigFile
 {
 public:

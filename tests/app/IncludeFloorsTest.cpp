@@ -50,7 +50,7 @@ const FloorOfUnits floors[] = {
     {Records, "src/hardware", "PidStatusMetaType|VersionText|SettingsPath"},
     {Records, "src/stream", "PlotData|MissingStream"},
     {Records, "src/files", "OutputFile"},
-    {HardwareAccess, "src/hardware", "ConfigFile|MailboxComm"},
+    {HardwareAccess, "src/hardware", "ConfigFile|MailboxComm|SettingsChange|SettingsLock"},
     {HardwareAccess, "src/stream", "Updater|Spectrum|TraceDecoder|GraphDataWriter|BufferWindow"},
     // What a panel or a window is made of: graphs, panels, and the units of arithmetic and procedure beside them.
     {Widgets, "src/logging", "LogWindowModel|WindowLogFilterProxyModel"},

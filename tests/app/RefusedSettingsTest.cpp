@@ -4,7 +4,9 @@
 
 #include "support/PrivateSettings.h"
 
+#include <QElapsedTimer>
 #include <QFile>
+#include <QLockFile>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSettings>
@@ -111,6 +113,24 @@ private slots:
         QCOMPARE(record().contains(QStringLiteral("setBPMscale(0, 500, 500)")), isRead);
         QCOMPARE(record().contains(QStringLiteral("setBPMscale(0, 0, 0)")), !isRead);
         QCOMPARE(record().filter(QRegularExpression(QStringLiteral("^log (Warning|Error|Fatal)"))), QStringList());
+    }
+
+    void aLockOfAnotherProcessHoldsTheSavesForTwoSecondsAtTheMost()
+    {
+        QElapsedTimer time;
+        time.start();
+        saveSettingsInTheProgram({});
+        const qint64 freeMs = time.restart();
+        QVERIFY(QFile::remove(settingsFile()) && QFile::copy(QStringLiteral(KORA_TRAINING_SETTINGS), settingsFile()));
+        const QByteArray before = bytesOf(settingsFile());
+        QLockFile lock(settingsFile() + QStringLiteral(".lock"));
+        QVERIFY(lock.tryLock());
+        saveSettingsInTheProgram({});
+        // Some forty writes from five windows; the other run's time is that of the machine.
+        constexpr int waitMs = 2000;
+        QVERIFY2(time.elapsed() < 2 * freeMs + 2 * waitMs, qPrintable(QString::number(time.elapsed())));
+        QCOMPARE(bytesOf(settingsFile()), before);
+        QVERIFY(record().contains(QStringLiteral("setBPMscale(0, 500, 500)")));
     }
 
     void aFileThatIsNotRefusedTakesTheSettings()
