@@ -34,7 +34,7 @@ QString highVoltageText(int code)
 
 } // namespace
 
-BPM::BPM(QWidget* parent) : QGroupBox(parent), ui(new Ui::BPM)
+BPM::BPM(QWidget* parent) : QGroupBox(parent), ui(std::make_unique<Ui::BPM>())
 {
     ui->setupUi(this);
     // The warning comes and goes; the panel keeps its size.
@@ -55,10 +55,7 @@ BPM::BPM(QWidget* parent) : QGroupBox(parent), ui(new Ui::BPM)
     setHVstatusOld(false);
 }
 
-BPM::~BPM()
-{
-    delete ui;
-}
+BPM::~BPM() = default;
 
 int BPM::orientation() const
 {

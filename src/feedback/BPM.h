@@ -2,6 +2,8 @@
 
 #include <QGroupBox>
 
+#include <memory>
+
 class QComboBox;
 
 namespace Ui {
@@ -61,5 +63,5 @@ private:
     };
     ChannelBoxes channelBoxes() const;
 
-    Ui::BPM* ui;
+    std::unique_ptr<Ui::BPM> ui;
 };

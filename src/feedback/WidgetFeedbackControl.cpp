@@ -66,7 +66,7 @@ void showSetpoint(QDoubleSpinBox* field, double micrometres, UnsentFields* unsen
 } // namespace
 
 WidgetFeedbackControl::WidgetFeedbackControl(QWidget* parent)
-    : QWidget(parent), ui(new Ui::WidgetFeedbackControl), unsentConfiguration(new UnsentFields(this)),
+    : QWidget(parent), ui(std::make_unique<Ui::WidgetFeedbackControl>()), unsentConfiguration(new UnsentFields(this)),
       unsentSetpoints(new UnsentFields(this))
 {
     ui->setupUi(this);

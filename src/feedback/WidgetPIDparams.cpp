@@ -36,7 +36,7 @@ long samplesPerPeriod(double freq)
 
 } // namespace
 
-WidgetPIDparams::WidgetPIDparams(QWidget* parent) : QWidget(parent), ui(new Ui::WidgetPIDparams)
+WidgetPIDparams::WidgetPIDparams(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::WidgetPIDparams>())
 {
     ui->setupUi(this);
     connect(ui->curFreqBox, SIGNAL(valueChanged(double)), this, SLOT(calcRealFreq(double)));

@@ -20,7 +20,7 @@ constexpr int adminLevel = 2;
 } // namespace
 
 WidgetPidCtrl::WidgetPidCtrl(QWidget* parent)
-    : QWidget(parent), ui(new Ui::WidgetPidCtrl), unsent(new UnsentFields(this))
+    : QWidget(parent), ui(std::make_unique<Ui::WidgetPidCtrl>()), unsent(new UnsentFields(this))
 {
     ui->setupUi(this);
     new FieldGuard(this);

@@ -2,12 +2,9 @@
 
 #include "ui_WidgetRoc.h"
 
-WidgetRoc::WidgetRoc(QWidget* parent) : QWidget(parent), ui(new Ui::WidgetRoc)
+WidgetRoc::WidgetRoc(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::WidgetRoc>())
 {
     ui->setupUi(this);
 }
 
-WidgetRoc::~WidgetRoc()
-{
-    delete ui;
-}
+WidgetRoc::~WidgetRoc() = default;

@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+#include <memory>
+
 namespace Ui {
 class WidgetRoc;
 }
@@ -16,5 +18,5 @@ public:
     explicit WidgetRoc(QWidget* parent = nullptr);
     ~WidgetRoc() override;
 
-    Ui::WidgetRoc* ui;
+    std::unique_ptr<Ui::WidgetRoc> ui;
 };

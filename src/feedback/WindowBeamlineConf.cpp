@@ -18,7 +18,7 @@ constexpr int refreshIntervalMs = 770;
 
 } // namespace
 
-WindowBeamlineConf::WindowBeamlineConf(QWidget* parent) : QDialog(parent), ui(new Ui::WindowBeamlineConf)
+WindowBeamlineConf::WindowBeamlineConf(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowBeamlineConf>())
 {
     ui->setupUi(this);
     new FieldGuard(this);
@@ -37,10 +37,7 @@ WindowBeamlineConf::WindowBeamlineConf(QWidget* parent) : QDialog(parent), ui(ne
     timer->start(refreshIntervalMs);
 }
 
-WindowBeamlineConf::~WindowBeamlineConf()
-{
-    delete ui;
-}
+WindowBeamlineConf::~WindowBeamlineConf() = default;
 
 BPM* WindowBeamlineConf::panel(int bpm) const
 {

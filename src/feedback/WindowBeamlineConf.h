@@ -2,6 +2,8 @@
 
 #include <QDialog>
 
+#include <memory>
+
 class BPM;
 class QAbstractButton;
 
@@ -41,5 +43,5 @@ private:
     void saveBPM(int bpm);
     void refreshHighVoltage(int bpm);
 
-    Ui::WindowBeamlineConf* ui;
+    std::unique_ptr<Ui::WindowBeamlineConf> ui;
 };

@@ -22,7 +22,7 @@ constexpr int lastCoefficient = 4;
 
 } // namespace
 
-WindowFiltparams::WindowFiltparams(QWidget* parent) : QDialog(parent), ui(new Ui::WindowFiltparams)
+WindowFiltparams::WindowFiltparams(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowFiltparams>())
 {
     ui->setupUi(this);
     new FieldGuard(this);
@@ -31,10 +31,7 @@ WindowFiltparams::WindowFiltparams(QWidget* parent) : QDialog(parent), ui(new Ui
     connect(ui->buttonBox, SIGNAL(clicked(QAbstractButton*)), this, SLOT(buttonPressed(QAbstractButton*)));
 }
 
-WindowFiltparams::~WindowFiltparams()
-{
-    delete ui;
-}
+WindowFiltparams::~WindowFiltparams() = default;
 
 void WindowFiltparams::showWindow()
 {

@@ -2,6 +2,8 @@
 
 #include <QDialog>
 
+#include <memory>
+
 #include <armadillo>
 
 class QAbstractButton;
@@ -59,7 +61,7 @@ private:
     Filter filter(int band, int axis);
     void applyType(int axis, int type, QWidget* panel);
 
-    Ui::WindowFiltparams* ui;
+    std::unique_ptr<Ui::WindowFiltparams> ui;
     /// Design rate, Hz, and period, s. The loops are designed for 10 kHz whatever rate they run at.
     double fs = 10000.0;
     double Ts = 0.0001;

@@ -15,7 +15,7 @@ constexpr unsigned char sourceDevice = 0;
 } // namespace
 
 WindowManOutCtrl::WindowManOutCtrl(QWidget* parent)
-    : QDialog(parent), ui(new Ui::WindowManOutCtrl), fd(outputDevicePath, O_RDWR | O_SYNC)
+    : QDialog(parent), ui(std::make_unique<Ui::WindowManOutCtrl>()), fd(outputDevicePath, O_RDWR | O_SYNC)
 {
     ui->setupUi(this);
     new FieldGuard(this);
@@ -30,10 +30,7 @@ WindowManOutCtrl::WindowManOutCtrl(QWidget* parent)
     }
 }
 
-WindowManOutCtrl::~WindowManOutCtrl()
-{
-    delete ui;
-}
+WindowManOutCtrl::~WindowManOutCtrl() = default;
 
 void WindowManOutCtrl::showWindow()
 {

@@ -4,6 +4,8 @@
 
 #include <QDialog>
 
+#include <memory>
+
 class QDoubleSpinBox;
 class QSlider;
 
@@ -35,7 +37,7 @@ private:
 
     void writeOutputs();
 
-    Ui::WindowManOutCtrl* ui;
+    std::unique_ptr<Ui::WindowManOutCtrl> ui;
     QSlider* sliders[channelCount];
     QDoubleSpinBox* boxes[channelCount];
     DeviceFile fd;

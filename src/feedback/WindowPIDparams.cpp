@@ -3,7 +3,7 @@
 #include "support/SharpPicture.h"
 #include "ui_WindowPIDparams.h"
 
-WindowPIDparams::WindowPIDparams(QWidget* parent) : QDialog(parent), ui(new Ui::WindowPIDparams)
+WindowPIDparams::WindowPIDparams(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowPIDparams>())
 {
     ui->setupUi(this);
     ui->pictureLabel->setPixmap(sharpPicture(QStringLiteral(":/images/images/KORA_PID.png"), devicePixelRatioF()));

@@ -26,7 +26,7 @@ double shownMicroamps(const QString& text)
 
 } // namespace
 
-WindowROC_ROI::WindowROC_ROI(QWidget* parent) : QDialog(parent), ui(new Ui::WindowROC_ROI)
+WindowROC_ROI::WindowROC_ROI(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowROC_ROI>())
 {
     ui->setupUi(this);
     new FieldGuard(this);
@@ -41,7 +41,7 @@ WindowROC_ROI::WindowROC_ROI(QWidget* parent) : QDialog(parent), ui(new Ui::Wind
         configFile->readROCenable(&x[bpm], &y[bpm], &beamOff[bpm], bpm);
     mailbox->setROCenable(x[0], y[0], beamOff[0], x[1], y[1], beamOff[1]);
     for (int bpm = 0; bpm < 2; ++bpm) {
-        const Ui::WidgetRoc* fields = rocWidget(bpm)->ui;
+        const Ui::WidgetRoc* fields = rocWidget(bpm)->ui.get();
         fields->enableROCXCheckBox->setChecked(x[bpm]);
         fields->enableROCYCheckBox->setChecked(y[bpm]);
         fields->enableBeamOffCheckBox->setChecked(beamOff[bpm]);
@@ -51,10 +51,7 @@ WindowROC_ROI::WindowROC_ROI(QWidget* parent) : QDialog(parent), ui(new Ui::Wind
     }
 }
 
-WindowROC_ROI::~WindowROC_ROI()
-{
-    delete ui;
-}
+WindowROC_ROI::~WindowROC_ROI() = default;
 
 void WindowROC_ROI::setUpdater(Updater* displayUpdater)
 {
@@ -92,7 +89,7 @@ void WindowROC_ROI::loadRegions()
         double intensityMax = 0.0;
         double percent = 0.0;
         configFile->readROI(&x, &y, &intensityMin, &intensityMax, &percent, bpm);
-        const Ui::WidgetRoc* fields = rocWidget(bpm)->ui;
+        const Ui::WidgetRoc* fields = rocWidget(bpm)->ui.get();
         fields->roiXDoubleSpinBox->setValue(x);
         fields->roiYDoubleSpinBox->setValue(y);
         fields->rocFactorBox->setValue(percent);
@@ -105,7 +102,7 @@ void WindowROC_ROI::checkUserLevel()
         return;
     const bool enable = userLevel == 2;
     for (int bpm = 0; bpm < 2; ++bpm) {
-        const Ui::WidgetRoc* fields = rocWidget(bpm)->ui;
+        const Ui::WidgetRoc* fields = rocWidget(bpm)->ui.get();
         // The threshold is left out: it can be typed at every level, though only OK at level 2 makes it act.
         fields->roiXDoubleSpinBox->setEnabled(enable);
         fields->roiYDoubleSpinBox->setEnabled(enable);
@@ -135,7 +132,7 @@ void WindowROC_ROI::sendROCconf(QAbstractButton* button)
 
 void WindowROC_ROI::sendRocLimits(int bpm)
 {
-    const Ui::WidgetRoc* fields = rocWidget(bpm)->ui;
+    const Ui::WidgetRoc* fields = rocWidget(bpm)->ui.get();
     const double x = fields->roiXDoubleSpinBox->value();
     const double y = fields->roiYDoubleSpinBox->value();
     const double percent = fields->rocFactorBox->value();
@@ -164,7 +161,7 @@ void WindowROC_ROI::sendRocEnables()
     bool y[2];
     bool beamOff[2];
     for (int bpm = 0; bpm < 2; ++bpm) {
-        const Ui::WidgetRoc* fields = rocWidget(bpm)->ui;
+        const Ui::WidgetRoc* fields = rocWidget(bpm)->ui.get();
         x[bpm] = fields->enableROCXCheckBox->isChecked();
         y[bpm] = fields->enableROCYCheckBox->isChecked();
         beamOff[bpm] = fields->enableBeamOffCheckBox->isChecked();

@@ -2,6 +2,8 @@
 
 #include <QDialog>
 
+#include <memory>
+
 class QAbstractButton;
 class Updater;
 class WidgetGraphXY;
@@ -44,7 +46,7 @@ private:
     /// Sends and stores the check boxes of both BPMs.
     void sendRocEnables();
 
-    Ui::WindowROC_ROI* ui;
+    std::unique_ptr<Ui::WindowROC_ROI> ui;
     /// Presence mask as last announced; 1 before.
     int nrIonBars = 1;
     Updater* updater = nullptr;

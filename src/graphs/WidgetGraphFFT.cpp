@@ -3,7 +3,6 @@
 #include "app/Globals.h"
 #include "graphs/ClickedPlace.h"
 #include "graphs/PausedMark.h"
-#include "graphs/PlotRedraw.h"
 #include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
 #include "stream/SignalTable.h"
@@ -56,7 +55,6 @@ WidgetGraphFFT::WidgetGraphFFT(QWidget* parent) : QWidget(parent), ui(std::make_
     }
     new FieldGuard(this);
     plot_theme::drawPlain(ui->graph);
-    plotRedraw = new PlotRedraw(ui->graph);
     new PausedMark(ui->graph);
     trace = new TraceGraph(ui->graph->xAxis, ui->graph->yAxis);
     trace->setPen(QPen(QColor(250, 250, 135, 240), tracePenWidth));
@@ -106,19 +104,19 @@ void WidgetGraphFFT::replot()
         ui->graph->yAxis->rescale(true);
         ui->graph->xAxis->rescale(true);
     }
-    plotRedraw->request();
+    ui->graph->requestRedraw();
 }
 
 void WidgetGraphFFT::xAxesChanged(QString str)
 {
     setScale(ui->graph->xAxis, str == QLatin1String("Log"));
-    plotRedraw->request();
+    ui->graph->requestRedraw();
 }
 
 void WidgetGraphFFT::yAxesChanged(QString str)
 {
     setScale(ui->graph->yAxis, str == QLatin1String("Log"));
-    plotRedraw->request();
+    ui->graph->requestRedraw();
 }
 
 void WidgetGraphFFT::fftLengthChanged(QString str)

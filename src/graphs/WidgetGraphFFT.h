@@ -6,7 +6,6 @@
 
 #include <memory>
 
-class PlotRedraw;
 class QMouseEvent;
 class TraceGraph;
 
@@ -48,5 +47,4 @@ private:
 
     std::unique_ptr<Ui::WidgetGraphFFT> ui;
     TraceGraph* trace;
-    PlotRedraw* plotRedraw;
 };

@@ -2,7 +2,6 @@
 
 #include "app/Globals.h"
 #include "graphs/PausedMark.h"
-#include "graphs/PlotRedraw.h"
 #include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
 #include "stream/SignalTable.h"
@@ -19,7 +18,6 @@ void WidgetGraphTime::build(GraphKind graph, int channels)
     // Before the form, since the Tab key goes through widgets as they were made.
     makeCheckBoxes(graph, channels);
     ui->setupUi(this);
-    plotRedraw = new PlotRedraw(ui->graph);
     new PausedMark(ui->graph);
     plot_theme::drawPlain(ui->graph);
     connectCheckBoxes();
@@ -118,7 +116,7 @@ void WidgetGraphTime::showCheckedTraces()
 
 void WidgetGraphTime::redraw()
 {
-    plotRedraw->request();
+    ui->graph->requestRedraw();
 }
 
 void WidgetGraphTime::hideBoxes(bool first, bool second)

@@ -9,7 +9,6 @@
 #include <memory>
 #include <vector>
 
-class PlotRedraw;
 class QCheckBox;
 class TraceGraph;
 
@@ -69,5 +68,4 @@ private:
 
     std::vector<Trace> traces;
     std::unique_ptr<Ui::WidgetGraphTime> ui;
-    PlotRedraw* plotRedraw = nullptr;
 };

@@ -4,7 +4,6 @@
 #include "graphs/ArmedTarget.h"
 #include "graphs/ClickedPlace.h"
 #include "graphs/PausedMark.h"
-#include "graphs/PlotRedraw.h"
 #include "graphs/PlotTheme.h"
 #include "graphs/TraceGraph.h"
 #include "hardware/ConfigFile.h"
@@ -44,7 +43,6 @@ WidgetGraphXY::WidgetGraphXY(int bpmIndex, QWidget* parent)
 {
     ui->setupUi(this);
     plot_theme::drawPlain(ui->graph);
-    plotRedraw = new PlotRedraw(ui->graph);
     new PausedMark(ui->graph);
     buildGraphs();
     buildLimits();
@@ -107,7 +105,7 @@ void WidgetGraphXY::setLimits(double roiX, double roiY, double rocFraction)
 
 void WidgetGraphXY::replot()
 {
-    plotRedraw->request();
+    ui->graph->requestRedraw();
 }
 
 void WidgetGraphXY::resetZoom()
@@ -165,7 +163,7 @@ void WidgetGraphXY::updateGraphXY()
     mailbox->getSetpoints(&x, nullptr, &y, nullptr);
     if (const LoopConfiguration* configuration = loopConfiguration(mailbox->getPIDconf()))
         drawMarker(*configuration, x, y);
-    plotRedraw->request();
+    ui->graph->requestRedraw();
 }
 
 void WidgetGraphXY::drawMarker(const LoopConfiguration& configuration, double x, double y)

@@ -6,7 +6,6 @@
 
 #include <memory>
 
-class PlotRedraw;
 class QCPItemRect;
 class QMouseEvent;
 class TraceGraph;
@@ -66,5 +65,4 @@ private:
     QCPItemRect* rectROC;
     TraceGraph* cloud;
     TraceGraph* target;
-    PlotRedraw* plotRedraw;
 };

@@ -37,7 +37,7 @@ int levelOfName(const QString& name)
 
 } // namespace
 
-DialogLogin::DialogLogin(QWidget* mainWindow) : QDialog(mainWindow), ui(new Ui::DialogLogin), mainWindow(mainWindow)
+DialogLogin::DialogLogin(QWidget* mainWindow) : QDialog(mainWindow), ui(std::make_unique<Ui::DialogLogin>()), mainWindow(mainWindow)
 {
     ui->setupUi(this);
     new FieldGuard(this);

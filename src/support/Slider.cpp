@@ -51,7 +51,7 @@ QFrame* tickMark()
 } // namespace
 
 Slider::Slider(QWidget* parent)
-    : QWidget(parent), ui(new Ui::Slider), bar(new QProgressBar), slider(new QSlider(Qt::Horizontal)),
+    : QWidget(parent), ui(std::make_unique<Ui::Slider>()), bar(new QProgressBar), slider(new QSlider(Qt::Horizontal)),
       labelRow(new QHBoxLayout), tickRow(new QHBoxLayout)
 {
     ui->setupUi(this);

@@ -26,7 +26,7 @@ QCustomPlot* plotOf(const QWidget* widget)
 
 } // namespace
 
-class PlotRedrawTest : public QObject
+class LazyPlotTest : public QObject
 {
     Q_OBJECT
 
@@ -212,5 +212,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(PlotRedrawTest)
-#include "PlotRedrawTest.moc"
+QTEST_MAIN(LazyPlotTest)
+#include "LazyPlotTest.moc"
