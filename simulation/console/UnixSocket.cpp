@@ -56,9 +56,10 @@ bool isPeerSameUser(int fd)
     return peer && peer->uid == geteuid();
 }
 
-void limitWaiting(int fd, int seconds)
+void limitWaiting(int fd, double seconds)
 {
-    const timeval limit = {seconds, 0};
+    const time_t whole = time_t(seconds);
+    const timeval limit = {whole, suseconds_t((seconds - double(whole)) * 1e6)};
     setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
     setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }

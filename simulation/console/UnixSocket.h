@@ -18,7 +18,7 @@ int newSocket(int type = SOCK_STREAM);
 std::optional<ucred> peerOf(int fd);
 bool isPeerSameUser(int fd);
 /// The longest time that a receive or a send on the socket waits.
-void limitWaiting(int fd, int seconds);
+void limitWaiting(int fd, double seconds);
 /// Sends all of it. @return whether it was taken
 bool sendAll(int fd, const std::string& text);
 

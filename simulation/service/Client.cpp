@@ -31,15 +31,16 @@ enum class Packet
     Gone
 };
 
-/// Waits for the next packet, which must be a whole reply.
+/// Waits for the next packet, which must be a whole reply. The socket's own limit of waiting is the patience.
 Packet receiveReply(int fd, Reply& reply, std::int64_t deadline, msghdr& message)
 {
-    for (;;) {
-        const ssize_t received = recvmsg(fd, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
+    for (int flags = MSG_CMSG_CLOEXEC;; flags |= MSG_DONTWAIT) {
+        const ssize_t received = recvmsg(fd, &message, flags);
         if (received == ssize_t(sizeof reply))
             return Packet::Taken;
         if (received >= 0 || (errno != EAGAIN && errno != EINTR))
             return Packet::Gone;
+        // A signal came in between: wait for what is left of the time.
         const std::int64_t left = deadline - kernelNanoseconds();
         if (left <= 0)
             return Packet::Late;
@@ -61,6 +62,7 @@ msghdr messageFor(iovec& part)
 
 Client::Client(int socket) : fd(socket)
 {
+    limitWaiting(fd, 1e-9 * double(patience));
     struct stat file;
     if (fstat(fd, &file) == 0)
         inode = file.st_ino;

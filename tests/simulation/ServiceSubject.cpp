@@ -87,13 +87,36 @@ std::string rate()
     return std::to_string(result < 0 ? result : hertz);
 }
 
+/// Calls this and that for so many seconds. Shows how many calls failed, and the longest time of one.
+std::string work(double seconds)
+{
+    int failures = 0;
+    double longest = 0;
+    std::vector<DisplayRecord> records(2048);
+    const auto measured = [&](auto call) {
+        const auto start = Clock::now();
+        failures += !call();
+        longest = std::max(longest, secondsSince(start));
+    };
+    for (const auto start = Clock::now(); secondsSince(start) < seconds;) {
+        double value = 0;
+        BPMStats statistics;
+        measured([&] { return setSetpoint(0, 1) == 0; });
+        measured([&] { return getSetpoint(0, &value) == 0; });
+        measured([&] { return getBPMStats(&statistics) == 0; });
+        measured([&] { return getBuffer(records.data(), 2048) == 2048; });
+    }
+    return std::to_string(failures) + ' ' + std::to_string(longest);
+}
+
 std::string perform(const std::string& line)
 {
     static int stream = -1;
     std::istringstream words(line);
     std::string verb;
-    int number = 0;
-    words >> verb >> number;
+    double seconds = 0;
+    words >> verb >> seconds;
+    const int number = int(seconds);
     if (verb == "all")
         return callAll();
     if (verb == "rate")
@@ -128,6 +151,8 @@ std::string perform(const std::string& line)
         close(fd);
         return std::to_string(result);
     }
+    if (verb == "work")
+        return work(seconds);
     if (verb == "fork") {
         // A call of a child, which then lives on until its parent's end closes the pipe.
         const pid_t child = fork();
