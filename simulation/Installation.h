@@ -13,7 +13,7 @@
 
 namespace kora::simulation {
 
-/// The four device files; the index is the device's number everywhere in the stand-in.
+/// The four device files; the index is the device's number everywhere in the simulation.
 constexpr const char* devicePaths[] = {streamDevicePath, amplifierDevicePath[0], amplifierDevicePath[1],
                                        outputDevicePath};
 constexpr int deviceCount = 4;

@@ -66,7 +66,7 @@ protected:
     ~SimulationControl() = default;
 };
 
-/// The control interface of the stand-in that this process runs on; null on any other control library.
+/// The control interface of the simulation that this process runs on; null on any other control library.
 inline SimulationControl* findControl()
 {
     using Getter = SimulationControl* (*)();

@@ -71,7 +71,7 @@ std::string textOf(double value)
 double numberOf(std::string_view text, const std::string& what, double low, double high)
 {
     double number = 0;
-    // The comparison also refuses what is not a number.
+    // The comparison also refuses NaN.
     if (!read(text, number) || !(number >= low && number <= high))
         throw InputError(what + " must be a number from " + textOf(low) + " to " + textOf(high) + ", not " +
                          quoted(text));

@@ -107,7 +107,7 @@ std::string Remote::converse(int fd, const std::string& command) const
     char part[4096];
     for (;;) {
         const ssize_t received = recv(fd, part, sizeof part, 0);
-        // A part of an answer is none.
+        // A part of an answer counts as no answer.
         if (received < 0)
             return {};
         if (received == 0)

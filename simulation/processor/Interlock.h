@@ -18,7 +18,7 @@ public:
     void enable(int check, bool on) { checks[check].enabled = on; }
     bool isEnabled(int check) const { return checks[check].enabled; }
     /// @param check 3 times the BPM, plus 0 for X, 1 for Y (raw position), 2 for the beam-off intensity (A)
-    /// @return false for another check or a value that is not a number; infinite limits are taken
+    /// @return false for another check or NaN; infinite limits are taken
     bool setLimits(int check, double low, double high);
 
     /// A beam counts as off below the high limit of its intensity; a position is out of the region when its

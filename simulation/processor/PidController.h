@@ -24,7 +24,7 @@ struct PidGains
 class PidController
 {
 public:
-    /// @return false when a value is not a number, which changes nothing
+    /// @return false when a value is NaN, which changes nothing
     bool setGains(const PidGains& values);
     bool setOffset(double volts);
     /// @param samples 1 or more; @return false for fewer, which changes nothing

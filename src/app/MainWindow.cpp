@@ -102,7 +102,7 @@ void openNew(QWidget* parent)
     window->show();
 }
 
-/// Fills an existing dock, or makes one, and puts it behind the tabs of another dock.
+/// Fills a dock and puts it behind the tabs of another dock.
 void placeBehindTabs(QMainWindow* mainWindow, QDockWidget* first, QDockWidget* dock, QWidget* content)
 {
     dock->setWidget(content);

@@ -9,7 +9,7 @@ double nanoradiansPerCount(double micrometres);
 double scaleOfNanoradians(double nanoradiansPerCount);
 
 /// Whole counts at which the offset puts the zero, not more than a field of this range shows. Beyond the
-/// range, and for a scale of 0, the nearer limit; the lower one where there is no number at all.
+/// range, and for a scale of 0, the nearer limit; the lower one for NaN.
 /// @param offset, scale  micrometres
 int offsetCounts(double offset, double scale, int minimum, int maximum);
 /// @param counts 0 to 2^32; @param scale micrometres; @return offset, micrometres

@@ -2,9 +2,9 @@
 
 #include <qcustomplot.h>
 
-/// A graph whose data come straight from the stream. Values and keys that are infinite, not a number or beyond any
+/// A graph whose data come straight from the stream. Values and keys that are infinite, NaN or beyond any
 /// axis take no part in the ranges, so that one such record does not spoil the autoscale of the others; infinite ones
-/// and those that are no number leave a gap in the line.
+/// and NaN leave a gap in the line.
 ///
 /// Lines and scatters wider than one pixel are drawn in ways of their own, which look like the pen's and cost about
 /// as much as a pen of one pixel. Antialiased or dashed lines and exports go the pen's way.

@@ -7,7 +7,8 @@
 
 class QThread;
 
-/// The gateway to the control library: a poller on a thread of its own, and one method per command.
+/// A poller of the control library on a thread of its own, and a method for each command whose failure is logged. The
+/// stream, the position filters, the function generator, the login and getPIDoutSel() are called without it.
 ///
 /// The worker thread runs doSetupOnNewThread() and refreshData() and writes sfp, nrIonBars, cogtrakPresent, stats,
 /// statsResult, pidStatus and the globals sampFreq and bpmSel*. The GUI thread reads these and calls the commands,
@@ -22,7 +23,8 @@ class MailboxComm : public QObject
 public:
     explicit MailboxComm(QObject* parent);
 
-    /// Stores the worker thread and makes it start the poll. Called before moveToThread().
+    /// Lets the start of the worker thread start the poll, and finished() end the thread and delete this object. Called
+    /// before moveToThread().
     void doSetup(QThread& workerThread);
 
     /// Announces the present device mask once more, for receivers that were connected late.

@@ -1,4 +1,4 @@
-// Link-time stand-in for the control library: the 38 names under the soname libkoralink.so.1 and nothing behind
+// Stub of the control library for the linker: the 38 names under the soname libkoralink.so.1 and nothing behind
 // them. Executables are linked against it, and the loader then finds the library of the host, or the simulated
 // installation. It is neither run nor installed.
 

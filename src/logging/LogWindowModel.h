@@ -9,8 +9,8 @@
 
 namespace QsLogging {
 
-/// The lines of the log window, the oldest first, one row each. append() may be called from any thread as far
-/// as the entries go; in this program everything happens on the GUI thread.
+/// The lines of the log window, the oldest first, one row each. GUI thread only: append() tells the
+/// views, which live there. The lock guards the entries alone.
 class LogWindowModel : public QAbstractTableModel
 {
     Q_OBJECT

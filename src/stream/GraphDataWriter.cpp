@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Also false when a key is not a number.
+/// Also false when a key is NaN.
 bool isStrictlyAscending(const QCPDataMap* map)
 {
     return std::adjacent_find(map->constBegin(), map->constEnd(),

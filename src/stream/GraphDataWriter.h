@@ -9,6 +9,6 @@
 QCPGraphData* pointsForWriting(QCPDataMap* map, int count);
 
 /// Gives points that were written one behind another the content of a map into which they were inserted in this
-/// order: ordered by key, a later point replaces an earlier one of the same key. A key that is not a number has no
+/// order: ordered by key, a later point replaces an earlier one of the same key. A key that is NaN has no
 /// place in an order; its point is left out.
 void orderAsMap(QCPDataMap* map);

@@ -37,7 +37,8 @@ int levelOfName(const QString& name)
 
 } // namespace
 
-DialogLogin::DialogLogin(QWidget* mainWindow) : QDialog(mainWindow), ui(std::make_unique<Ui::DialogLogin>()), mainWindow(mainWindow)
+DialogLogin::DialogLogin(QWidget* mainWindow)
+    : QDialog(mainWindow), ui(std::make_unique<Ui::DialogLogin>()), mainWindow(mainWindow)
 {
     ui->setupUi(this);
     new FieldGuard(this);

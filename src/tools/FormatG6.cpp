@@ -71,7 +71,7 @@ char* writeDecimalForm(char* out, const char* text, int count, int exponent)
 char* formatG6(char* out, double value)
 {
     const double magnitude = std::fabs(value);
-    // Zeros, infinities and what is not a number go to Qt too.
+    // Zeros, infinities and NaN go to Qt too.
     if (!(magnitude > smallestScaled && magnitude < largestScaled))
         return writeAsQt(out, value);
 

@@ -190,7 +190,7 @@ private slots:
         QCOMPARE(box(0, "xGain")->value(), 0.0);
         QCOMPARE(counts(0, "horOffsetCountsSpinBox")->value(), 0);
         QCOMPARE(counts(0, "vertOffsetCountsSpinBox")->value(), 999999999);
-        // Neither offset nor scale: no number at all.
+        // Neither offset nor scale: NaN.
         QCOMPARE(counts(1, "horOffsetCountsSpinBox")->value(), 0);
     }
 

@@ -59,7 +59,7 @@ double correlation(const std::vector<DisplayRecord>& records, int slot, int othe
     return both / std::sqrt(squares * otherSquares);
 }
 
-/// Bias voltage of the second amplifier as its device file tells it, V; not a number when there is none.
+/// Bias voltage of the second amplifier as its device file tells it, V; NaN when there is none.
 double secondBias()
 {
     const int fd = open(amplifierDevicePath[1], O_RDONLY);

@@ -9,7 +9,7 @@
 inline void addOddNumbers()
 {
     QTest::addColumn<double>("number");
-    QTest::newRow("not a number") << std::nan("");
+    QTest::newRow("NaN") << std::nan("");
     QTest::newRow("infinite") << HUGE_VAL;
     QTest::newRow("minus infinite") << -HUGE_VAL;
     QTest::newRow("denormal") << 5e-324;

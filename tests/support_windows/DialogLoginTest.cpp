@@ -222,7 +222,7 @@ private slots:
         QVERIFY(gainsEnabled());
     }
 
-    void openingTheDialogBringsTheDisplayInLine()
+    void showingTheCurrentLevelBringsTheDisplayInLine()
     {
         logIn(QStringLiteral("admin"));
         MessageBoxes boxes;

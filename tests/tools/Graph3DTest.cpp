@@ -121,7 +121,7 @@ private slots:
         QTest::newRow("below 1") << 0.875 << QVector<double>{1, 0.5, 0};
         QTest::newRow("1") << 1.0 << QVector<double>{1, 0, 0};
         QTest::newRow("above 1") << 7.0 << QVector<double>{1, 0, 0};
-        QTest::newRow("no number") << nan << QVector<double>{1, 0, 0};
+        QTest::newRow("NaN") << nan << QVector<double>{1, 0, 0};
     }
     void heatColourFollowsItsTable()
     {

@@ -18,7 +18,7 @@ public:
 
     void beginChapter(const QString& title) { chapter = title; }
 
-    /// A measured number must lie within tolerance of the expected one; one that is not a number does not.
+    /// A measured number must lie within tolerance of the expected one; NaN does not.
     void near(const QString& what, const QString& unit, double expected, double tolerance, double measured);
     /// A measured number must not exceed the limit.
     void atMost(const QString& what, const QString& unit, double limit, double measured);

@@ -21,7 +21,7 @@ private slots:
         QTest::newRow("upper end") << 5.5 << true;
         QTest::newRow("below") << 4.4 << false;
         QTest::newRow("above") << 5.6 << false;
-        QTest::newRow("not a number") << std::nan("") << false;
+        QTest::newRow("NaN") << std::nan("") << false;
         QTest::newRow("infinite") << std::numeric_limits<double>::infinity() << false;
     }
     void numberHoldsWithinItsTolerance()
@@ -39,7 +39,7 @@ private slots:
         QTest::newRow("limit") << 0.2 << true;
         QTest::newRow("below") << 0.1 << true;
         QTest::newRow("above") << 0.21 << false;
-        QTest::newRow("not a number") << std::nan("") << false;
+        QTest::newRow("NaN") << std::nan("") << false;
     }
     void numberHoldsUpToItsLimit()
     {

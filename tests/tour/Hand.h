@@ -53,7 +53,7 @@ public:
     /// Lets the program run.
     void wait(double seconds) const;
 
-    /// The number at the start of a field such as "0.123 um"; not a number where there is none, so that an
+    /// The number at the start of a field such as "0.123 um"; NaN where there is none, so that an
     /// empty field is not taken for a zero.
     double number(const QLineEdit* field) const;
 

@@ -35,7 +35,7 @@ double milliseconds(QWidget* window, const char* label)
     return find<QLabel>(window, label)->text().section(QLatin1Char(' '), 0, 0).toDouble();
 }
 
-/// The greater of two deviations; one that is not a number is the worst of all, and stays so.
+/// The greater of two deviations; NaN is the worst of all, and stays so.
 double worse(double a, double b)
 {
     return std::isnan(a) || a > b ? a : b;

@@ -14,7 +14,7 @@ struct Response
 
 /// Correlates the input signal, without its mean, with the two reference signals of the generator:
 /// I and Q are the means of input times reference A and B, the magnitude is |I + iQ| over the amplitude, the
-/// phase its angle. An amplitude of 0 gives what the division gives, infinite or not a number.
+/// phase its angle. An amplitude of 0 gives what the division gives, infinite or NaN.
 /// @param count   records of the block that are used, at least 1
 /// @param slot    slot of the input signal within a record (RecordSlot)
 /// @param factor  applied to the input signal; 1 for none

@@ -17,7 +17,7 @@ constexpr Timing fast = {10, 1000, 10000};
 constexpr Timing slow = {5, 1500, 1000};
 constexpr Timing slowest = {1, 2000, 1000};
 
-/// False also for what is not a number.
+/// False also for NaN.
 bool within(double value, double least, double most)
 {
     return value >= least && value <= most;

@@ -13,7 +13,7 @@ struct Refusal
 };
 
 /// Start from 0.1 to 500 Hz, stop from 1 to 1000 Hz, 2 to 1000 points, in this order; the limits themselves
-/// are allowed, and so is a start above the stop. What is not a number is refused.
+/// are allowed, and so is a start above the stop. NaN is refused.
 /// @return null if the sweep is allowed
 const Refusal* refusal(double startHz, double stopHz, int length);
 

@@ -14,7 +14,7 @@ struct Extremes
     float maximum;
 };
 
-/// Least and greatest value; what is no number is passed over.
+/// Least and greatest value; NaN is passed over.
 Extremes extremes(const float* values)
 {
     float low[lanes];

@@ -14,7 +14,7 @@ struct HeatColour
     double r, g, b;
 };
 
-/// Colour of a height from 0 (blue) over green to 1 (red). What is no number counts as above 1.
+/// Colour of a height from 0 (blue) over green to 1 (red). NaN counts as above 1.
 HeatColour heatColour(double v);
 
 /// Rebuilds the quads of the height field data[a + b * nx], a below nx and b below ny, over the unit square:

@@ -4,8 +4,8 @@
 
 #include <QString>
 
-/// Lines of a saved data file, each with its CR LF. Plain values in and out; the position factors are the
-/// globals at the moment of the call.
+/// Lines of a saved data file, each with its CR LF. Positions are scaled with bpmScaleX and bpmScaleY as they are at
+/// the moment of the call. GUI thread.
 namespace save_data {
 
 /// Signals that can be saved. In arrays they stand in the order of signalTable, which is that of the check boxes.

@@ -16,7 +16,7 @@ double meanProduct(const std::vector<double>& a, const std::vector<double>& b, s
     return std::inner_product(a.begin(), a.begin() + long(count), b.begin(), 0.0) / double(count);
 }
 
-/// A total order also for samples that are no numbers, which come last.
+/// A total order also for NaN, which comes last.
 bool sortsBefore(double a, double b)
 {
     return std::isnan(b) ? !std::isnan(a) : a < b;
