@@ -105,6 +105,9 @@ for picture in $(grep -o '(images/[^)]*)' "$guide/operator-guide.md" | tr -d '()
   [ -f "$guide/$picture" ] || fail "no $picture beside the guide"
 done
 
+unit=$scratch/root/usr/lib/systemd/user/kora-simulation.service
+grep -q '^ExecStart=/usr/bin/kora-sim serve$' "$unit" || fail "no user unit that serves the simulation"
+
 console=$scratch/root/usr/bin/kora-sim
 for scenario in quiet-day beam-dump-and-recovery cabling-mistakes; do
   (cd "$scratch" && "$console" play --check "$scenario") || fail "the scenario $scenario is not found by its name"
