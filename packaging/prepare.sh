@@ -8,6 +8,8 @@ buildPackages=(
 )
 runPackages=(imagemagick openbox x11-utils bubblewrap)
 fuzzPackages=(clang libclang-rt-dev)
+# Of the recorder, which is built where HDF5 is found, and of the readers of its files.
+recorderPackages=(libhdf5-dev python3-h5py hdf5-tools)
 testPackages=(binutils bubblewrap devscripts dpkg-dev file desktop-file-utils appstream man-db groff-base imagemagick)
 # Pinned, since each version breaks other lines; a release of Debian without it skips that one test.
 formatPackages=(clang-format-14)

@@ -26,7 +26,13 @@ fail() {
   fail "cpack"
 }
 synopses=()
-for package in kora-local-ui kora-simulation; do
+packages=(kora-local-ui kora-simulation)
+pages=(kora-local-ui kora-sim)
+if [ -x "$build/kora-recorder" ]; then
+  packages+=(kora-recorder)
+  pages+=(kora-recorder)
+fi
+for package in "${packages[@]}"; do
   file=$(find "$scratch/packages" -maxdepth 1 -name "${package}_*.deb")
   [ -n "$file" ] || fail "no package $package"
   dpkg-deb -x "$file" "$scratch/root"
@@ -91,7 +97,8 @@ manage --purge kora-local-ui kora-simulation
 
 desktop-file-validate "$scratch/root/usr/share/applications/kora-local-ui.desktop"
 appstreamcli validate --no-net "$scratch"/root/usr/share/metainfo/*.metainfo.xml
-for page in "$scratch"/root/usr/share/man/man1/{kora-local-ui,kora-sim}.1.gz; do
+for page in "${pages[@]/%/.1.gz}"; do
+  page=$scratch/root/usr/share/man/man1/$page
   [ -f "$page" ] || fail "no manual page $page"
   man --warnings -l "$page" >/dev/null 2>"$scratch/man.log" || true
   [ ! -s "$scratch/man.log" ] || fail "manual page $page: $(cat "$scratch/man.log")"
