@@ -2,7 +2,6 @@
 
 #include "logging/DebugOutputDestination.h"
 #include "logging/FileDestination.h"
-#include "logging/NullRotationStrategy.h"
 #include "logging/SizeRotationStrategy.h"
 
 #include <utility>

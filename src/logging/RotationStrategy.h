@@ -31,6 +31,18 @@ public:
     virtual QIODevice::OpenMode openMode() = 0;
 };
 
+/// One file, begun anew at each opening, that grows without bound.
+class NullRotationStrategy : public RotationStrategy
+{
+public:
+    void fileOpened(const QFile&) override {}
+    void countMessage(const QString&) override {}
+    void countMessage(const QByteArray&) override {}
+    bool needsRotation() override { return false; }
+    void rotate() override {}
+    QIODevice::OpenMode openMode() override { return QIODevice::Truncate; }
+};
+
 using RotationStrategyPtr = std::unique_ptr<RotationStrategy>;
 
 } // namespace QsLogging

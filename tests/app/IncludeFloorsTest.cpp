@@ -45,7 +45,7 @@ const FloorOfUnits floors[] = {
     {Boundary, "src/stream", "DisplayRecord|DeviceRecords|DeviceFile|StreamSignal|SignalTable"},
     {Ground, "src/logging",
      "\\w*Destination|DestinationMaker|Level|Log|LogMessage|LogStatement|Logger|LoggerThread|MutexLock|"
-     "\\w*RotationStrategy|SanitizerNotes|TimeStamp"},
+     "\\w*RotationStrategy|TimeStamp"},
     {Ground, "src/app", "Globals"},
     {Records, "src/hardware", "PidStatusMetaType|VersionText|SettingsPath"},
     {Records, "src/stream", "PlotData|MissingStream"},

@@ -1,7 +1,7 @@
 #include "CapturedErrors.h"
 #include "logging/DestinationMaker.h"
 #include "logging/FileDestination.h"
-#include "logging/NullRotationStrategy.h"
+#include "logging/RotationStrategy.h"
 #include "logging/SizeRotationStrategy.h"
 
 #include <QTemporaryDir>
