@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Makes both Debian packages, unpacks them into a scratch root, validates what desktops read, sees that what they install
-# goes again without the operator's settings, and sees the graphs of the installed program move on the installed
-# simulation.
+# is hardened and goes again without the operator's settings, and sees the graphs of the installed program move on the
+# installed simulation.
 #
 # usage: check_packages.sh BUILD_FOLDER VERSION
 set -euo pipefail
@@ -66,6 +66,15 @@ while read -r library; do
   done
   [ -n "$found" ] || fail "$library comes with no dependency"
 done <"$scratch/needed"
+
+# The linker marks a program as safe for control-flow checks only if the C library's own start code is marked, too.
+unmarked=()
+readelf -n "$(gcc -print-file-name=Scrt1.o)" | grep -q "IBT, SHSTK" || unmarked=(--nocfprotection)
+hardening-check "${unmarked[@]}" "$scratch"/root/usr/bin/* "$scratch"/root/usr/lib/kora-simulation/*.so.* \
+  >"$scratch/hardening.log" || {
+  cat "$scratch/hardening.log"
+  fail "not hardened"
+}
 
 # usage: manage DPKG_OPTIONS...   installs or removes in a root of its own
 manage() {
