@@ -257,7 +257,7 @@ void Installation::reset()
         switchedOn.emplace(displayRate);
         switchedOn->run(std::int64_t(longestHistoryS * physicsRate));
     }
-    plant = switchedOn;
+    plant.emplace(*switchedOn);
     historySteps = plant->stepsDone();
     faults = Faults();
     devicePresent.fill(true);

@@ -18,7 +18,8 @@ constexpr int refreshIntervalMs = 770;
 
 } // namespace
 
-WindowBeamlineConf::WindowBeamlineConf(QWidget* parent) : QDialog(parent), ui(std::make_unique<Ui::WindowBeamlineConf>())
+WindowBeamlineConf::WindowBeamlineConf(QWidget* parent)
+    : QDialog(parent), ui(std::make_unique<Ui::WindowBeamlineConf>())
 {
     ui->setupUi(this);
     new FieldGuard(this);
