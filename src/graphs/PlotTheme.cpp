@@ -58,8 +58,8 @@ void plot_theme::keepLeftMargin(QCustomPlot* plot, const QString& widestLabel)
     const int label = QFontMetrics(axis->tickLabelFont()).horizontalAdvance(widestLabel) + axis->tickLabelPadding();
     const int lines = axis->padding() + qMax(axis->tickLengthOut(), axis->subTickLengthOut());
     QMargins margins = plot->axisRect()->minimumMargins();
-    // The plot measures its labels by their outlines, which may stand out by a pixel at either end.
-    margins.setLeft(title + label + lines + 2);
+    // The plot measures its labels in a slightly larger font, which rounds to some pixels more.
+    margins.setLeft(title + label + lines + QFontMetrics(axis->tickLabelFont()).averageCharWidth());
     plot->axisRect()->setMinimumMargins(margins);
 }
 
