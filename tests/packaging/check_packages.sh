@@ -88,11 +88,12 @@ settings=$scratch/host/opt/Zenthic/KORALINK
 mkdir -p "$scratch"/host/var/lib/dpkg/{info,updates,triggers} "$scratch/host/opt"
 touch "$scratch"/host/var/lib/dpkg/{status,available}
 (cd "$scratch/host" && find . -path ./var -prune -o -print) | sort >"$scratch/before"
+mapfile -t installed < <(for file in "$scratch"/packages/*.deb; do dpkg-deb -f "$file" Package; done)
 manage --install "$scratch"/packages/*.deb
 [ -d "$settings" ] || fail "there is no folder for the settings"
 [ "$(stat -c %a "$settings")" = 2775 ] || fail "operators cannot save their settings"
 touch "$settings/config_koralink.ini.lock"
-manage --purge kora-local-ui kora-simulation
+manage --purge "${installed[@]}"
 (cd "$scratch/host" && find . -path ./var -prune -o -print) | sort >"$scratch/after"
 diff "$scratch/before" "$scratch/after" || fail "a purge leaves something behind"
 
@@ -101,7 +102,7 @@ manage --install "$scratch"/packages/*.deb
 [ "$(stat -c %a "$settings")" = 750 ] || fail "a folder that was there is changed"
 echo "kept" >"$settings/config_koralink.ini"
 manage --remove kora-local-ui
-manage --purge kora-local-ui kora-simulation
+manage --purge "${installed[@]}"
 [ "$(cat "$settings/config_koralink.ini")" = kept ] || fail "a purge takes the operator's settings"
 
 desktop-file-validate "$scratch/root/usr/share/applications/kora-local-ui.desktop"
