@@ -21,6 +21,8 @@ namespace {
 
 /// For an answer, ns. With what comes before and after, a call ends within a second.
 constexpr std::int64_t patience = 800000000;
+/// A service that was at work within this time is not asked whether it lives, ns.
+constexpr std::int64_t shortSilence = 150000000;
 /// A waiting read looks again after this time at the latest, s.
 constexpr double longestNapS = 0.02;
 
@@ -128,7 +130,7 @@ bool Client::exchange(Request& request, Reply& reply)
     if (!turn.wait_until(lock, entered + std::chrono::nanoseconds(patience), [this] { return !inUse; }))
         return false;
     // A service that is stopped is not waited for by every call anew.
-    if (ended || !stream->isServiceAlive())
+    if (ended || stream->heartbeat() == givenUpAt)
         return false;
     inUse = true;
     request.magic = Request::rightMagic;
@@ -140,6 +142,8 @@ bool Client::exchange(Request& request, Reply& reply)
     const bool answered = converse(request, reply, deadline);
     errno = savedErrno;
     lock.lock();
+    if (!answered)
+        givenUpAt = stream->heartbeat();
     inUse = false;
     turn.notify_one();
     return answered;
@@ -168,9 +172,18 @@ bool Client::converse(const Request& request, Reply& reply, std::int64_t deadlin
     }
 }
 
+bool Client::isServiceAtWork()
+{
+    if (ended)
+        return false;
+    // On a busy machine it may only be late: an answer tells.
+    return kernelNanoseconds() - stream->heartbeat() < shortSilence ||
+           call(Operation::computeSteps, &AcquisitionBoard::computeSteps, -1, 0) == 0;
+}
+
 int Client::newestRecords(void* destination, int count)
 {
-    if (!stream->isServiceAlive() || ended)
+    if (!isServiceAtWork())
         return -1;
     if (stream->conditions().bufferFails &&
         call(Operation::countBufferCall, &AcquisitionBoard::countBufferCall, -1) != 0)
@@ -181,7 +194,7 @@ int Client::newestRecords(void* destination, int count)
 int Client::awaitedRecords(void* destination, int count)
 {
     count = std::min(count, DisplayStream::largestBlock);
-    while (stream->isServiceAlive() && !ended) {
+    while (isServiceAtWork()) {
         const StreamConditions conditions = stream->conditions();
         const std::int64_t missing = conditions.missingSteps(count);
         if (missing == 0)
@@ -197,7 +210,7 @@ int Client::awaitedRecords(void* destination, int count)
 
 bool Client::isDevicePresent(int device)
 {
-    return stream->isServiceAlive() && !ended && stream->conditions().devicePresent[std::size_t(device)];
+    return isServiceAtWork() && stream->conditions().devicePresent[std::size_t(device)];
 }
 
 } // namespace kora::simulation

@@ -63,6 +63,7 @@ public:
 
 private:
     explicit Client(int socket);
+    bool isServiceAtWork();
     bool exchange(Request& request, Reply& reply);
     bool converse(const Request& request, Reply& reply, std::int64_t deadline);
     bool receiveStream();
@@ -76,6 +77,7 @@ private:
     std::mutex mutex; ///< guards what follows
     std::condition_variable turn;
     bool inUse = false;
+    std::int64_t givenUpAt = -1; ///< heartbeat of the service when it last kept a call waiting for too long
     std::uint64_t sequence = 0;
 };
 

@@ -1,7 +1,6 @@
 #include "simulation/service/StreamReader.h"
 
 #include "simulation/Faults.h"
-#include "simulation/service/KernelTime.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,12 +9,6 @@
 #include <cstring>
 
 namespace kora::simulation {
-
-namespace {
-
-constexpr std::int64_t longestSilence = 800000000; ///< ns
-
-} // namespace
 
 std::unique_ptr<StreamReader> StreamReader::open(int fd)
 {
@@ -26,11 +19,6 @@ std::unique_ptr<StreamReader> StreamReader::open(int fd)
         return nullptr;
     std::unique_ptr<StreamReader> reader(new StreamReader(fd));
     return reader->mapping.isMapped() ? std::move(reader) : nullptr;
-}
-
-bool StreamReader::isServiceAlive() const
-{
-    return kernelNanoseconds() - mapping.memory().heartbeat.load(std::memory_order_relaxed) < longestSilence;
 }
 
 StreamMemory::Snapshot StreamReader::snapshot() const
@@ -64,7 +52,7 @@ bool StreamReader::copyNewest(const StreamMemory::Snapshot& now, void* destinati
 
 int StreamReader::newestRecords(void* destination, int count) const
 {
-    while (isServiceAlive()) {
+    for (;;) {
         const StreamMemory::Snapshot now = snapshot();
         Faults faults;
         faults.truncateBlocks(now.conditions.missingRecords);
@@ -76,7 +64,6 @@ int StreamReader::newestRecords(void* destination, int count) const
         faults.spoil(destination, delivered);
         return delivered;
     }
-    return -1;
 }
 
 } // namespace kora::simulation

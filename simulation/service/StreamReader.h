@@ -15,12 +15,11 @@ public:
     /// that no other process can take it away under the reader
     static std::unique_ptr<StreamReader> open(int fd);
 
-    /// Whether the service was at work within the last 0.8 s. Sooner than a second, so that a call that waits for it
-    /// ends within one.
-    bool isServiceAlive() const;
+    /// When the service was last at work, by kernelNanoseconds(); 0 when it has ended.
+    std::int64_t heartbeat() const { return mapping.memory().heartbeat.load(std::memory_order_relaxed); }
     StreamConditions conditions() const { return snapshot().conditions; }
     /// Copies the newest records, the oldest first, with the faults of the stream.
-    /// @param destination room for count * 256 bytes at any address; @return records delivered, -1 without the service
+    /// @param destination room for count * 256 bytes at any address; @return records delivered
     int newestRecords(void* destination, int count) const;
 
 private:
