@@ -392,6 +392,7 @@ private slots:
         program.does("rate");
         QCOMPARE(program.does("close-all").text, QStringLiteral("0"));
         QCOMPARE(program.does("rate").text, QStringLiteral("-1"));
+        QCOMPARE(program.does("heard").text, QStringLiteral("0"));
         QCOMPARE(program.does("open").text, QString::number(-ENOENT));
     }
 
