@@ -26,8 +26,8 @@ struct StreamPiece
 class PieceQueue
 {
 public:
-    /// Two and a half seconds of the highest rate: so long may the disk stand still.
-    static constexpr int capacity = 131072;
+    /// Nearly two seconds of the highest rate: so long may the disk stand still.
+    static constexpr int capacity = 98304;
 
     PieceQueue() : ring(capacity) {}
 

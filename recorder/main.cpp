@@ -105,6 +105,8 @@ int record(const Options& options)
     });
     recording.repairFolder();
     StatusReader status;
+    // From here on a change is an event.
+    recording.takeStatus(status.read());
     FollowingThread following(clock, queue);
     notifyServiceManager("READY=1");
 
@@ -115,13 +117,16 @@ int record(const Options& options)
     Due alive(watchdog > 0 ? watchdog / 3 : 1e9, begun);
     StreamPiece piece;
     std::vector<DisplayRecord> records;
-    const auto takeAll = [&] {
-        while (queue.pop(piece, records))
-            recording.take(piece, records.data());
+    const auto takeOne = [&] {
+        if (!queue.pop(piece, records))
+            return false;
+        recording.take(piece, records.data());
+        return true;
     };
     for (double now = begun; !endWanted && (!options.seconds || now - begun < *options.seconds);
          now = clock.now().monotonic) {
-        takeAll();
+        // One piece a turn: a disk that is too slow for the stream must not hold up signals, status and watchdog.
+        const bool isBusy = takeOne();
         if (house(now)) {
             recording.takeStatus(status.read());
             recording.keepHouse();
@@ -132,11 +137,13 @@ int record(const Options& options)
             showProgress(recording, onTerminal);
         if (alive(now))
             notifyServiceManager("WATCHDOG=1");
-        ::usleep(turnMicroseconds);
+        if (!isBusy)
+            ::usleep(turnMicroseconds);
     }
     notifyServiceManager("STOPPING=1");
     following.stop();
-    takeAll();
+    while (takeOne())
+        continue;
     recording.finish();
     showProgress(recording, onTerminal);
     return 0;
