@@ -3,6 +3,7 @@
 #include "app/Globals.h"
 #include "stream/Updater.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QPainter>
 
@@ -16,8 +17,7 @@ PausedMark::PausedMark(QWidget* plot) : QWidget(plot)
     // Clicks and drags are the plot's.
     setAttribute(Qt::WA_TransparentForMouseEvents);
     plot->installEventFilter(this);
-    connect(updater, SIGNAL(pausedChanged(bool)), this, SLOT(showPaused(bool)));
-    showPaused(updater->paused);
+    refresh();
 }
 
 QSize PausedMark::sizeHint() const
@@ -33,10 +33,18 @@ bool PausedMark::eventFilter(QObject* object, QEvent* event)
     return QWidget::eventFilter(object, event);
 }
 
-void PausedMark::showPaused(bool paused)
+void PausedMark::refreshAll()
+{
+    for (QWidget* widget : QApplication::allWidgets()) {
+        if (auto* mark = qobject_cast<PausedMark*>(widget))
+            mark->refresh();
+    }
+}
+
+void PausedMark::refresh()
 {
     place();
-    setVisible(paused);
+    setVisible(updater->paused);
 }
 
 void PausedMark::paintEvent(QPaintEvent*)

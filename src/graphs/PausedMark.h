@@ -11,15 +11,16 @@ class PausedMark : public QWidget
 public:
     explicit PausedMark(QWidget* plot);
 
+    /// Shows or hides the marks of all plots after the display was paused, or goes on: Updater's flag tells nobody.
+    static void refreshAll();
+
     QSize sizeHint() const override;
     bool eventFilter(QObject* object, QEvent* event) override;
-
-private slots:
-    void showPaused(bool paused);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void refresh();
     void place();
 };

@@ -90,12 +90,6 @@ void Updater::ChangeFFTremoveDC(bool removeDC)
     this->removeDC = removeDC;
 }
 
-void Updater::setPaused(bool paused)
-{
-    this->paused = paused;
-    emit pausedChanged(paused);
-}
-
 void Updater::updateIonBars()
 {
     for (int amplifier = 0; amplifier < 2; ++amplifier) {

@@ -54,14 +54,11 @@ signals:
     void replotGraphs();
     void replotDACgraph();
     void PIDstatusChanged(PID_Status_Type PID_status);
-    void pausedChanged(bool paused);
 
 public slots:
     void updateGraphs();
     void updateIonBars();
     void ChangeFFTremoveDC(bool removeDC);
-    /// Writes the flag and tells the graphs.
-    void setPaused(bool paused);
 
 private:
     QCPDataMap** registered(int kind, int channel);

@@ -1,6 +1,7 @@
 #include "support/WindowDisplaySettings.h"
 
 #include "app/Globals.h"
+#include "graphs/PausedMark.h"
 #include "hardware/MailboxComm.h"
 #include "stream/DisplayRecord.h"
 #include "stream/Updater.h"
@@ -43,5 +44,6 @@ void WindowDisplaySettings::saveSettings()
 
 void WindowDisplaySettings::pauseButtonChanged(bool checked)
 {
-    updater->setPaused(checked);
+    updater->paused = checked;
+    PausedMark::refreshAll();
 }
