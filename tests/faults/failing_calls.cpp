@@ -175,6 +175,19 @@ KORA_EXPORT int open64(const char* path, int flags, ...)
     return fails("open", path) ? -1 : real(path, flags, mode);
 }
 
+/// The checked form of open without a mode, which hardened programs call.
+KORA_EXPORT int __open_2(const char* path, int flags)
+{
+    static auto* const real = next<int(const char*, int)>("__open_2");
+    return fails("open", path) ? -1 : real(path, flags);
+}
+
+KORA_EXPORT int __open64_2(const char* path, int flags)
+{
+    static auto* const real = next<int(const char*, int)>("__open64_2");
+    return fails("open", path) ? -1 : real(path, flags);
+}
+
 KORA_EXPORT ssize_t write(int descriptor, const void* bytes, size_t count)
 {
     static auto* const real = next<ssize_t(int, const void*, size_t)>("write");
