@@ -28,6 +28,21 @@ constexpr uid_t anotherUser = 65534;
 /// Status of a child whose connection was gone when it spoke.
 constexpr int hungUp = 253;
 
+/// Whether every thread of a process has come to rest by SIGSTOP.
+bool isStopped(qint64 process)
+{
+    const QDir threads(QStringLiteral("/proc/%1/task").arg(process));
+    const QStringList names = threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString& thread : names) {
+        QFile file(threads.filePath(thread + QStringLiteral("/stat")));
+        // The state follows the name, which may hold anything but ends with the last parenthesis.
+        const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        if (text.mid(text.lastIndexOf(')') + 2, 1) != "T")
+            return false;
+    }
+    return !names.isEmpty();
+}
+
 /// A process on the simulated installation whose socket lies in a folder of the test.
 class Subject
 {
@@ -210,6 +225,8 @@ private slots:
         Subject subject(scratch->path());
         QVERIFY(subject.isRunning());
         QCOMPARE(kill(pid_t(subject.process.processId()), SIGSTOP), 0);
+        // Its threads stop one after another, and the one that answers may be the last.
+        QTRY_VERIFY(isStopped(subject.process.processId()));
         const ConsoleRun run = console({QStringLiteral("status")});
         kill(pid_t(subject.process.processId()), SIGCONT);
         QVERIFY2(run.isRefusal(1, QStringLiteral("does not answer")), run.described().constData());
